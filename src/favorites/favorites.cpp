@@ -1,0 +1,87 @@
+// The favorites store of the main window: loading, Add to Favorites, the editor.
+#include "favorites/favfile.h"
+#include "favorites/frmfavorites.h"
+#include "probes/address.h"
+#include "shell/frmpulsebox.h"
+#include "shell/pulseboxmod.h"
+#include "shell/prompts.h"
+#include "shell/vblist.h"
+
+#include <QFile>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+// The file's bytes, or nullopt (with a message) when it exists but cannot be read.
+std::optional<QByteArray> readFavoritesFile()
+{
+    QFile file(FavFile::kName);
+    if (!file.exists())
+        return QByteArray();
+    if (!file.open(QIODevice::ReadOnly)) {
+        Seams::prompts().message(u"Could not read the favorites file "_s + FavFile::kName + u":\n"_s
+                                     + file.errorString(), AppTitle, Prompter::Icon::Warning);
+        return std::nullopt;
+    }
+    return file.readAll();
+}
+}
+
+void frmPulsebox::appendFavorite(const QString &address, const QString &description)
+{
+    lbFav->AddItem(address);
+    lbFavDesc->AddItem(description);
+    lbFav->SetItemData(lbFav->ListCount() - 1, lbFavDesc->ListCount() - 1);
+}
+
+void frmPulsebox::loadFavorites()
+{
+    const auto bytes = readFavoritesFile();
+    if (!bytes)
+        return;
+    for (const Favorite &favorite : FavFile::parse(*bytes))
+        appendFavorite(favorite.address, favorite.description);
+}
+
+bool SaveFavoritesFile(const QByteArray &bytes)
+{
+    QString error;
+    if (WriteFileAtomically(FavFile::kName, bytes, &error))
+        return true;
+    Seams::prompts().message(u"Could not save the favorites to "_s + FavFile::kName + u":\n"_s + error
+                                 + u"\n\nThe favorites file was left as it was."_s,
+                             AppTitle, Prompter::Icon::Warning);
+    return false;
+}
+
+void frmPulsebox::cmAddFav_Click()
+{
+    const int row = List1->ListIndex();
+    const int k = row < 0 ? 0 : List1->ItemData(row);
+    if (k < 1 || k > Mod().ServerCount) {
+        Seams::prompts().message(u"Pick a server from the list first."_s, AppTitle);
+        return;
+    }
+    if (List1->List(row).mid(5, 1) == u"*"_s) {
+        Seams::prompts().message(u"Already a Favorite"_s, AppTitle);
+        return;
+    }
+    const ServerRec &rec = Mod().Servers[static_cast<size_t>(k)];
+    QString address = AddressToDotted(rec.Address);
+    if (rec.Port != 0)
+        address += u':' + QString::number(rec.Port);
+
+    const auto existing = readFavoritesFile();
+    if (!existing || !SaveFavoritesFile(*existing + FavFile::serialize({{address, rec.HostName}})))
+        return;
+    appendFavorite(address, rec.HostName);
+}
+
+void frmPulsebox::mnuFavorites_Click()
+{
+    if (!favorites_)
+        favorites_ = new frmFavorites(this);
+    favorites_->show();
+    favorites_->raise();
+    favorites_->activateWindow();
+}

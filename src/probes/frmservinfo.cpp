@@ -1,0 +1,37 @@
+#include "probes/frmservinfo.h"
+
+#include "shell/twips.h"
+
+#include <QPlainTextEdit>
+#include <QPushButton>
+
+using namespace Qt::StringLiterals;
+
+frmServinfo::frmServinfo(const QString &text, QWidget *parent)
+    : QDialog(parent, Qt::Tool | Qt::CustomizeWindowHint)
+{
+    setObjectName(u"frmServinfo"_s);
+    setAttribute(Qt::WA_DeleteOnClose);
+    setWindowModality(Qt::ApplicationModal);
+    setFixedSize(Twips::size(6120, 4755));
+    Text1 = new QPlainTextEdit(this);
+    Text1->setObjectName(u"Text1"_s);
+    Text1->setGeometry(Twips::rect(120, 60, 5895, 4035));
+    Text1->setLineWrapMode(QPlainTextEdit::NoWrap);
+    Text1->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    Text1->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    QFont fixed(u"Courier New"_s);
+    fixed.setStyleHint(QFont::TypeWriter);
+    fixed.setPointSizeF(8.25);
+    Text1->setFont(fixed);
+    Text1->setPlainText(QString(text).replace(u"\r\n"_s, u"\n"_s));
+    Text1->setAccessibleName(u"Server information"_s);
+    Command1 = new QPushButton(u"OK"_s, this);
+    Command1->setObjectName(u"Command1"_s);
+    Command1->setGeometry(Twips::rect(2580, 4260, 1035, 375));
+    Command1->setAccessibleName(u"OK"_s);
+    Command1->setDefault(true);
+    connect(Command1, &QPushButton::clicked, this, &QDialog::close);
+    if (parent)
+        move(parent->geometry().center() - rect().center());
+}

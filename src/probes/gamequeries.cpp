@@ -1,0 +1,85 @@
+// Game server queries over the datagram socket, and the Server Info command.
+#include "probes/address.h"
+#include "probes/dssocket.h"
+#include "probes/frmservinfo.h"
+#include "probes/gamequery.h"
+#include "shell/frmpulsebox.h"
+#include "shell/pulseboxmod.h"
+#include "shell/prompts.h"
+#include "shell/ticker.h"
+#include "shell/vblist.h"
+#include "shell/waiting.h"
+
+#include <QLineEdit>
+
+using namespace Qt::StringLiterals;
+
+QString frmPulsebox::query(const QString &address, const QString &port, int mode)
+{
+    if (dsSocket2->State() != DsSocket::StateOpen)
+        dsSocket2->SetAction(DsSocket::OpenAction);
+    dsSocket2->RemoteHost.clear();
+    dsSocket2->RemoteDotted = address;
+    const qint64 portNumber = LeadingNumber(port);
+    dsSocket2->RemotePort = portNumber > 0 && portNumber <= 65535 ? static_cast<quint16>(portNumber) : 0;
+    PulseboxMod &mod = Mod();
+    mod.QueryMode = mode;
+    mod.LastReply.clear();
+    mod.TimerTicks = 0;
+    dsSocket2->Connect();
+    Timer1->setInterval(1000);
+    waitUntil([&mod] { return !mod.LastReply.isEmpty() || mod.TimerTicks >= 2; });
+    Timer1->setInterval(0);
+    return mod.LastReply;
+}
+
+frmPulsebox::VersionProbeResult frmPulsebox::versionProbe(const QString &address, const QString &port)
+{
+    PulseboxMod &mod = Mod();
+    mod.QueryMode = 0;
+    QString answer;
+    do {
+        ++mod.QueryMode;
+        answer = query(address, port, mod.QueryMode);
+    } while (GameQuery::isWrongVersion(answer) && mod.QueryMode <= 4 && !waitsAbandoned());
+    const QString version = GameQuery::versionText(mod.QueryMode);
+    mod.QueryMode = 1;
+    return {version, GameQuery::infoLine(answer)};
+}
+
+void frmPulsebox::dsSocket2_SendReady()
+{
+    const QString datagram = GameQuery::datagram(Mod().QueryMode);
+    if (!datagram.isEmpty())
+        dsSocket2->Send(datagram);
+}
+
+void frmPulsebox::dsSocket2_DataArrival(const QString &data)
+{
+    Mod().LastReply = data;
+    Text2->Text = data;
+}
+
+void frmPulsebox::dsSocket2_Error(int number, const QString &description)
+{
+    const QString numberText = number < 0 ? QString::number(number) : u' ' + QString::number(number);
+    Seams::prompts().message(numberText + description, u"Socket 2!"_s);
+}
+
+void frmPulsebox::Command6_Click()
+{
+    const int row = List1->ListIndex();
+    const int k = row < 0 ? 0 : List1->ItemData(row);
+    if (k < 1 || k > Mod().ServerCount) {
+        Seams::prompts().message(u"Pick a server from the list first."_s, AppTitle);
+        return;
+    }
+    const ServerRec &rec = Mod().Servers[static_cast<size_t>(k)];
+    const QString address = AddressToDotted(rec.Address);
+    const QString port = QString::number(rec.Port);
+    txIPAddress->setText(address);
+    if (query(address, port, GameQuery::StatusMode).isEmpty())
+        return;
+    auto *window = new frmServinfo(GameQuery::serverInfoText(Text2->Text), this);
+    window->show();
+}

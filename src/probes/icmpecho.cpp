@@ -1,0 +1,199 @@
+#include "probes/icmpecho.h"
+
+#include "probes/address.h"
+#include "probes/icmppacket.h"
+
+#include <QElapsedTimer>
+
+#include <arpa/inet.h>
+#include <cerrno>
+#include <linux/errqueue.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+
+namespace {
+constexpr int kDataArea = 250;
+std::atomic<quint16> g_nextId{0};
+
+int clampTtl(int ttl) { return std::clamp(ttl, 1, 255); }
+
+void store(const IcmpPacket::Answer &answer, quint32 fallbackFrom, EchoReply &reply)
+{
+    reply.Status = answer.status;
+    reply.Address = AddressFromHostOrder(answer.from ? answer.from : fallbackFrom);
+    reply.Data = answer.data.left(kDataArea);
+    reply.Ttl = answer.ttl;
+}
+}
+
+LinuxIcmpEcho::~LinuxIcmpEcho()
+{
+    if (fd_ >= 0)
+        ::close(fd_);
+}
+
+bool LinuxIcmpEcho::open()
+{
+    if (tried_)
+        return fd_ >= 0;
+    tried_ = true;
+    fd_ = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, IPPROTO_ICMP);
+    if (fd_ >= 0) {
+        const int on = 1;
+        // Without IP_RECVERR the kernel drops "time exceeded" and "unreachable" for us.
+        ::setsockopt(fd_, IPPROTO_IP, IP_RECVERR, &on, sizeof on);
+        ::setsockopt(fd_, IPPROTO_IP, IP_RECVTTL, &on, sizeof on);
+        return true;
+    }
+    fd_ = ::socket(AF_INET, SOCK_RAW | SOCK_CLOEXEC, IPPROTO_ICMP);
+    if (fd_ >= 0) {
+        raw_ = true;
+        id_ = static_cast<quint16>((::getpid() & 0xFFFF) ^ (g_nextId.fetch_add(1) * 0x9E37));
+        return true;
+    }
+    reason_ = QStringLiteral(
+        "Pulsebox cannot send pings (ICMP echo) on this machine: it may open neither an "
+        "unprivileged ping socket nor a raw socket, so every server will fail its ping.\n\n"
+        "To allow it, either let your group use ping sockets:\n"
+        "    sudo sysctl -w net.ipv4.ping_group_range=\"0 2147483647\"\n"
+        "or give the program the raw-socket capability:\n"
+        "    sudo setcap cap_net_raw+ep <path to pulsebox>");
+    return false;
+}
+
+QString LinuxIcmpEcho::unavailableReason()
+{
+    open();
+    return reason_;
+}
+
+QString LinuxIcmpEcho::socketKind()
+{
+    if (!open())
+        return {};
+    return raw_ ? QStringLiteral("raw") : QStringLiteral("ping");
+}
+
+int LinuxIcmpEcho::sendEcho(qint32 destination, const QByteArray &payload, int ttl, int timeoutMs,
+                            EchoReply &reply)
+{
+    reply = EchoReply{};
+    const quint32 dest = AddressToHostOrder(destination);
+    if (dest == 0) {
+        reply.Status = EchoStatus::BadDestination;
+        return 0;
+    }
+    if (!open()) {
+        reply.Status = EchoStatus::GeneralFailure;
+        return 0;
+    }
+    const int hops = clampTtl(ttl);
+    ::setsockopt(fd_, IPPROTO_IP, IP_TTL, &hops, sizeof hops);
+
+    const quint16 sequence = ++sequence_;
+    const QByteArray packet = IcmpPacket::echoRequest(id_, sequence, payload);
+    sockaddr_in to{};
+    to.sin_family = AF_INET;
+    to.sin_addr.s_addr = htonl(dest);
+
+    QElapsedTimer clock;
+    clock.start();
+    if (::sendto(fd_, packet.constData(), static_cast<size_t>(packet.size()), 0,
+                 reinterpret_cast<const sockaddr *>(&to), sizeof to) < 0) {
+        reply.Status = EchoStatus::fromErrno(errno);
+        return 0;
+    }
+    for (;;) {
+        const qint64 left = timeoutMs - clock.elapsed();
+        if (left <= 0)
+            break;
+        pollfd pfd{fd_, POLLIN, 0};
+        const int ready = ::poll(&pfd, 1, static_cast<int>(left));
+        if (ready < 0 && errno == EINTR)
+            continue;
+        if (ready <= 0)
+            break;
+        int got = 0;
+        if (pfd.revents & POLLERR)
+            got = receiveError(sequence, reply);
+        else if (pfd.revents & POLLIN)
+            got = receive(sequence, dest, reply);
+        if (got) {
+            reply.RoundTripTime = static_cast<quint32>(clock.elapsed());
+            return 1;
+        }
+    }
+    reply = EchoReply{};
+    reply.Status = EchoStatus::RequestTimedOut;
+    return 0;
+}
+
+// Ping sockets hand routers' answers over on the error queue; draining it here
+// also keeps poll from reporting the same error forever.
+int LinuxIcmpEcho::receiveError(quint16 sequence, EchoReply &reply)
+{
+    char data[512];
+    char control[512];
+    sockaddr_in from{};
+    iovec iov{data, sizeof data};
+    msghdr msg{};
+    msg.msg_name = &from;
+    msg.msg_namelen = sizeof from;
+    msg.msg_iov = &iov;
+    msg.msg_iovlen = 1;
+    msg.msg_control = control;
+    msg.msg_controllen = sizeof control;
+    const ssize_t n = ::recvmsg(fd_, &msg, MSG_ERRQUEUE | MSG_DONTWAIT);
+    if (n < 8)
+        return 0;
+    const QByteArray quoted(data, static_cast<qsizetype>(n));
+    if (static_cast<quint16>(static_cast<quint8>(quoted[6]) << 8 | static_cast<quint8>(quoted[7])) != sequence)
+        return 0;
+    for (cmsghdr *c = CMSG_FIRSTHDR(&msg); c; c = CMSG_NXTHDR(&msg, c)) {
+        if (c->cmsg_level != IPPROTO_IP || c->cmsg_type != IP_RECVERR)
+            continue;
+        const auto *err = reinterpret_cast<const sock_extended_err *>(CMSG_DATA(c));
+        if (err->ee_origin == SO_EE_ORIGIN_ICMP) {
+            const auto *offender = reinterpret_cast<const sockaddr_in *>(SO_EE_OFFENDER(err));
+            store({EchoStatus::fromIcmp(err->ee_type, err->ee_code), ntohl(offender->sin_addr.s_addr), {}, -1},
+                  0, reply);
+        } else {
+            store({EchoStatus::fromErrno(static_cast<int>(err->ee_errno)), 0, {}, -1}, 0, reply);
+        }
+        return 1;
+    }
+    return 0;
+}
+
+int LinuxIcmpEcho::receive(quint16 sequence, quint32 destination, EchoReply &reply)
+{
+    char data[65536];
+    char control[256];
+    sockaddr_in from{};
+    iovec iov{data, sizeof data};
+    msghdr msg{};
+    msg.msg_name = &from;
+    msg.msg_namelen = sizeof from;
+    msg.msg_iov = &iov;
+    msg.msg_iovlen = 1;
+    msg.msg_control = control;
+    msg.msg_controllen = sizeof control;
+    const ssize_t n = ::recvmsg(fd_, &msg, MSG_DONTWAIT);
+    if (n <= 0)
+        return 0;
+    const QByteArray packet(data, static_cast<qsizetype>(n));
+    const auto answer = raw_ ? IcmpPacket::parseRaw(packet, id_, sequence, destination)
+                             : IcmpPacket::parsePingSocket(packet, sequence);
+    if (!answer)
+        return 0;
+    store(*answer, ntohl(from.sin_addr.s_addr), reply);
+    for (cmsghdr *c = CMSG_FIRSTHDR(&msg); c; c = CMSG_NXTHDR(&msg, c))
+        if (c->cmsg_level == IPPROTO_IP && c->cmsg_type == IP_TTL)
+            reply.Ttl = *reinterpret_cast<const int *>(CMSG_DATA(c));
+    return 1;
+}

@@ -1,0 +1,42 @@
+#include "shell/prompts.h"
+
+#include <QApplication>
+#include <QFileDialog>
+#include <QMessageBox>
+
+namespace {
+QMessageBox::Icon toQt(Prompter::Icon icon)
+{
+    switch (icon) {
+    case Prompter::Icon::Information: return QMessageBox::Information;
+    case Prompter::Icon::Question: return QMessageBox::Question;
+    case Prompter::Icon::Warning: return QMessageBox::Warning;
+    case Prompter::Icon::Critical: return QMessageBox::Critical;
+    case Prompter::Icon::None: break;
+    }
+    return QMessageBox::NoIcon;
+}
+}
+
+void DialogPrompter::message(const QString &text, const QString &title, Icon icon)
+{
+    QMessageBox box(toQt(icon), title, text, QMessageBox::Ok, QApplication::activeWindow());
+    box.exec();
+}
+
+bool DialogPrompter::question(const QString &text, const QString &title)
+{
+    QMessageBox box(QMessageBox::Question, title, text, QMessageBox::Yes | QMessageBox::No,
+                    QApplication::activeWindow());
+    return box.exec() == QMessageBox::Yes;
+}
+
+QString DialogPrompter::openFileName(const QString &title, const QString &filter)
+{
+    return QFileDialog::getOpenFileName(QApplication::activeWindow(), title, QString(), filter);
+}
+
+QString DialogPrompter::saveFileName(const QString &title, const QString &filter)
+{
+    return QFileDialog::getSaveFileName(QApplication::activeWindow(), title, QString(), filter);
+}

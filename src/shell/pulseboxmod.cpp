@@ -1,0 +1,54 @@
+#include "shell/pulseboxmod.h"
+
+#include "launch/programstarter.h"
+#include "probes/icmpecho.h"
+#include "shell/prompts.h"
+
+PulseboxMod &Mod()
+{
+    static PulseboxMod mod;
+    return mod;
+}
+
+qint32 PulseboxMod::appendServer(const ServerRec &rec)
+{
+    ++ServerCount;
+    Servers.resize(static_cast<size_t>(ServerCount) + 2);
+    Servers[static_cast<size_t>(ServerCount)] = rec;
+    return ServerCount;
+}
+
+void PulseboxMod::clearServers()
+{
+    ServerCount = 0;
+    Servers.assign(1, ServerRec{});
+}
+
+namespace Seams {
+namespace {
+EchoService *g_echo = nullptr;
+Prompter *g_prompts = nullptr;
+ProgramStarter *g_starter = nullptr;
+}
+
+EchoService &echo()
+{
+    static LinuxIcmpEcho real;
+    return g_echo ? *g_echo : real;
+}
+void setEcho(EchoService *service) { g_echo = service; }
+
+Prompter &prompts()
+{
+    static DialogPrompter real;
+    return g_prompts ? *g_prompts : real;
+}
+void setPrompts(Prompter *prompter) { g_prompts = prompter; }
+
+ProgramStarter &starter()
+{
+    static DetachedStarter real;
+    return g_starter ? *g_starter : real;
+}
+void setStarter(ProgramStarter *starter) { g_starter = starter; }
+}

@@ -1,0 +1,56 @@
+// Start-up of the main window, and the Help menu.
+#include "shell/frmhelp.h"
+#include "shell/frmpulsebox.h"
+#include "shell/frmsplash.h"
+#include "shell/pulseboxmod.h"
+#include "shell/ticker.h"
+#include "shell/waiting.h"
+#include "probes/address.h"
+#include "favorites/favfile.h"
+#include "launch/gamepath.h"
+
+#include <QComboBox>
+#include <QGuiApplication>
+#include <QScreen>
+
+using namespace Qt::StringLiterals;
+
+void frmPulsebox::Form_Load()
+{
+    splash_ = new frmSplash(Timer2);
+    splash_->show();
+    Timer2->setInterval(1000);
+    Mod().QueryMode = 1;
+    Text1->addItem(Text1->currentText());
+    Text1->addItem(u"http://127.0.0.1/"_s);
+    Text1->setEditText(Text1->itemText(0));
+
+    waitUntil([] { return Mod().SplashTicks >= 2; });
+    if (splash_)
+        splash_->close();
+
+    if (FileExists(FavFile::kName))
+        loadFavorites();
+    if (FileExists(GameConfig::kName))
+        readConfiguration();
+
+    if (const QScreen *screen = QGuiApplication::primaryScreen()) {
+        adjustSize();
+        move(screen->availableGeometry().center() - rect().center());
+    }
+}
+
+void frmPulsebox::mnuabout_Click()
+{
+    if (!splash_) {
+        splash_ = new frmSplash(Timer2);
+        splash_->show();
+    }
+    splash_->raise();
+    splash_->activateWindow();
+}
+
+void frmPulsebox::mnuContents_Click()
+{
+    frmHelp::showHelp();
+}

@@ -1,0 +1,16 @@
+#pragma once
+#include <functional>
+
+// The program's only way of waiting: it sleeps until the next event arrives
+// (a socket, a click, a tick of a running timer), runs it, and tests `done`
+// again. Nothing spins; the caller makes sure some event will come, normally
+// by running the one-second tick timer whose counter `done` reads.
+void waitUntil(const std::function<bool()> &done);
+
+// Lets the pending events run once without sleeping.
+void yieldOnce();
+
+// Once the program is ending, every wait returns at once so that a run still
+// on the stack unwinds instead of holding the exit up.
+void abandonWaits(bool abandon = true);
+bool waitsAbandoned();
