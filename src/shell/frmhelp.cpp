@@ -6,8 +6,14 @@
 
 using namespace Qt::StringLiterals;
 
+static void loadHelpResource()
+{
+    Q_INIT_RESOURCE(pulsebox);  // the help lives in a static library's resources
+}
+
 frmHelp::frmHelp(QWidget *parent) : QWidget(parent, Qt::Window)
 {
+    loadHelpResource();
     setObjectName(u"frmHelp"_s);
     setWindowTitle(u"Pulsebox Help"_s);
     setAttribute(Qt::WA_DeleteOnClose);

@@ -1,0 +1,81 @@
+#include "probes/gamequery.h"
+#include "shell/wiretext.h"
+
+#include <QRandomGenerator>
+#include <QtTest>
+
+namespace {
+QString wire(const char *bytes, qsizetype size = -1)
+{
+    return WireText::fromBytes(size < 0 ? QByteArray(bytes) : QByteArray(bytes, size));
+}
+}
+
+class TestGameQuery : public QObject {
+    Q_OBJECT
+private slots:
+    void datagramsAreExactOnTheWire()
+    {
+        QCOMPARE(WireText::toBytes(GameQuery::datagram(1)), QByteArray("\xff\xff\xff\xffinfo 31"));
+        QCOMPARE(WireText::toBytes(GameQuery::datagram(4)), QByteArray("\xff\xff\xff\xffinfo 34"));
+        QCOMPARE(WireText::toBytes(GameQuery::datagram(99)), QByteArray("\xff\xff\xff\xffstatus"));
+        QVERIFY(GameQuery::datagram(0).isEmpty());
+        QVERIFY(GameQuery::datagram(5).isEmpty());
+    }
+
+    void versionTable()
+    {
+        const QStringList expected{QStringLiteral("unkn"), QStringLiteral("3.14"), QStringLiteral("3.15"),
+                                   QStringLiteral("3.17"), QStringLiteral("3.19"), QStringLiteral("3.20"),
+                                   QStringLiteral("unkn")};
+        for (int mode = 0; mode <= 6; ++mode)
+            QCOMPARE(GameQuery::versionText(mode), expected[mode]);
+        QCOMPARE(GameQuery::versionText(99), QStringLiteral("unkn"));
+    }
+
+    void infoLines()
+    {
+        QCOMPARE(GameQuery::infoLine(QString()), QStringLiteral("No data returned"));
+        QCOMPARE(GameQuery::infoLine(wire("\xff\xff\xff\xffinfo")), QStringLiteral("Malformed data returned"));
+        QCOMPARE(GameQuery::infoLine(wire("\xff\xff\xff\xffinfo\n     Pulse Arena    q2dm1  3/ 8\n")),
+                 QStringLiteral("     Pulse Arena    q2dm1  3/ 8"));
+        QVERIFY(GameQuery::isWrongVersion(wire("\xff\xff\xff\xffinfo\nPulse: wrong version\n")));
+        QCOMPARE(GameQuery::infoLine(wire("x\n\x01\x7f\x80\x99\xff", 8)), wire("\x7f\x80\xff"));
+    }
+
+    void serverInfoText()
+    {
+        const QString answer = wire("\xff\xff\xff\xffprint\n\\maxclients\\8\\mapname\\q2dm1\n"
+                                    "12 45 \"Vector\"\n3 80 \"Doc Holiday\"\n0 999 \"Lag\"\n");
+        QCOMPARE(GameQuery::serverInfoText(answer),
+                 QStringLiteral("SERVER STATUS:\r\nmaxclients=8\r\nmapname=q2dm1\r\n\r\nPLAYER STATUS:\r\n"
+                                "12 45 \"Vector\"\r\n3 80 \"Doc Holiday\"\r\n0 999 \"Lag\"\r\n"));
+        // Short, pairless and unterminated answers still give the two headings.
+        QCOMPARE(GameQuery::serverInfoText(wire("\xff\xff\xff\xffprint\n")),
+                 QStringLiteral("SERVER STATUS:\r\n\r\nPLAYER STATUS:\r\n"));
+        QCOMPARE(GameQuery::serverInfoText(wire("\xff\xff\xff\xffprint\nno pairs here\n")),
+                 QStringLiteral("SERVER STATUS:\r\n\r\nPLAYER STATUS:\r\n"));
+        QCOMPARE(GameQuery::serverInfoText(wire("\xff\xff\xff\xffprint\n\\a\\1")),
+                 QStringLiteral("SERVER STATUS:\r\n\r\nPLAYER STATUS:\r\n\\a\\1"));
+    }
+
+    void randomAnswersNeverBreakTheBuilders()
+    {
+        QRandomGenerator random(20261122);
+        for (int round = 0; round < 3000; ++round) {
+            QByteArray bytes(random.bounded(round % 100 == 0 ? 65536 : 200), '\0');
+            for (char &b : bytes)
+                b = static_cast<char>(random.bounded(256));
+            if (round % 3 == 0)
+                bytes.replace(static_cast<qsizetype>(0), qMin<qsizetype>(4, bytes.size()), "\n\\\\\n");
+            const QString answer = WireText::fromBytes(bytes);
+            const QString text = GameQuery::serverInfoText(answer);
+            QVERIFY(text.startsWith(QStringLiteral("SERVER STATUS:\r\n")));
+            QVERIFY(text.contains(QStringLiteral("PLAYER STATUS:\r\n")));
+            GameQuery::infoLine(answer);
+        }
+    }
+};
+
+QTEST_APPLESS_MAIN(TestGameQuery)
+#include "tst_gamequery.moc"

@@ -1,0 +1,130 @@
+#include "probes/address.h"
+#include "probes/icmpecho.h"
+#include "probes/icmppacket.h"
+
+#include <QtEndian>
+#include <QtTest>
+
+namespace {
+const QByteArray kPayload("Server please echo this back.");
+
+QByteArray ipHeader(quint32 source, quint32 destination, int ttl, int payloadSize)
+{
+    QByteArray h(20, '\0');
+    h[0] = 0x45;
+    qToBigEndian<quint16>(static_cast<quint16>(20 + payloadSize), h.data() + 2);
+    h[8] = static_cast<char>(ttl);
+    h[9] = 1;
+    qToBigEndian(source, h.data() + 12);
+    qToBigEndian(destination, h.data() + 16);
+    return h;
+}
+
+QByteArray withType(QByteArray icmp, int type, int code)
+{
+    icmp[0] = static_cast<char>(type);
+    icmp[1] = static_cast<char>(code);
+    return icmp;
+}
+}
+
+class TestIcmp : public QObject {
+    Q_OBJECT
+private slots:
+    void echoRequestIsWellFormed()
+    {
+        const QByteArray packet = IcmpPacket::echoRequest(0x1234, 7, kPayload);
+        QCOMPARE(packet.size(), 8 + 29);
+        QCOMPARE(packet[0], '\x08');
+        QCOMPARE(qFromBigEndian<quint16>(packet.constData() + 4), quint16(0x1234));
+        QCOMPARE(qFromBigEndian<quint16>(packet.constData() + 6), quint16(7));
+        QCOMPARE(packet.mid(8), kPayload);
+        QCOMPARE(IcmpPacket::checksum(packet), quint16(0));  // a correct checksum sums to zero
+    }
+
+    void rawSocketKeepsOnlyOurAnswers()
+    {
+        const quint32 me = 0x7F000001, server = 0x7F000002, router = 0x0A000001;
+        const QByteArray request = IcmpPacket::echoRequest(0x1234, 7, kPayload);
+        const QByteArray reply = withType(request, 0, 0);
+
+        // Our own request, seen on loopback, is not an answer.
+        QVERIFY(!IcmpPacket::parseRaw(ipHeader(me, server, 64, request.size()) + request, 0x1234, 7, server));
+        // Another program's reply, and a reply to an older request.
+        QVERIFY(!IcmpPacket::parseRaw(ipHeader(server, me, 64, 37) + withType(IcmpPacket::echoRequest(0x9999, 7, kPayload), 0, 0), 0x1234, 7, server));
+        QVERIFY(!IcmpPacket::parseRaw(ipHeader(server, me, 64, 37) + withType(IcmpPacket::echoRequest(0x1234, 6, kPayload), 0, 0), 0x1234, 7, server));
+
+        const auto answer = IcmpPacket::parseRaw(ipHeader(server, me, 61, reply.size()) + reply, 0x1234, 7, server);
+        QVERIFY(answer);
+        QCOMPARE(answer->status, 0u);
+        QCOMPARE(answer->from, server);
+        QCOMPARE(answer->data, kPayload);
+        QCOMPARE(answer->ttl, 61);
+
+        // A router's "time exceeded" quotes our request: the router answers with 11013.
+        const QByteArray quoted = ipHeader(me, server, 1, request.size()) + request.left(8);
+        QByteArray exceeded(8, '\0');
+        exceeded = withType(exceeded, 11, 0) + quoted;
+        const auto hop = IcmpPacket::parseRaw(ipHeader(router, me, 255, exceeded.size()) + exceeded, 0x1234, 7, server);
+        QVERIFY(hop);
+        QCOMPARE(hop->status, 11013u);
+        QCOMPARE(hop->from, router);
+        // ... but not when it quotes a request to someone else.
+        const QByteArray other = withType(QByteArray(8, '\0'), 11, 0) + ipHeader(me, 0x7F000009, 1, 37) + request.left(8);
+        QVERIFY(!IcmpPacket::parseRaw(ipHeader(router, me, 255, other.size()) + other, 0x1234, 7, server));
+    }
+
+    void truncatedAndHostilePacketsAreIgnored()
+    {
+        for (int size = 0; size < 64; ++size) {
+            QByteArray junk(size, '\x45');
+            QVERIFY(!IcmpPacket::parseRaw(junk, 0x4545, 0x4545, 0x45454545) || size >= 28);
+            QVERIFY(!IcmpPacket::parsePingSocket(junk.left(std::min(size, 7)), 1));
+        }
+        QByteArray badLength(20, '\0');
+        badLength[0] = 0x4F;  // header length 60, packet 20
+        QVERIFY(!IcmpPacket::parseRaw(badLength, 0, 0, 0));
+    }
+
+    void statusNumbersFollowTheOriginalPlatform()
+    {
+        QCOMPARE(EchoStatus::fromIcmp(11, 0), 11013u);
+        QCOMPARE(EchoStatus::fromIcmp(11, 1), 11014u);
+        QCOMPARE(EchoStatus::fromIcmp(3, 0), 11002u);
+        QCOMPARE(EchoStatus::fromIcmp(3, 1), 11003u);
+        QCOMPARE(EchoStatus::fromIcmp(3, 3), 11005u);
+        QCOMPARE(EchoStatus::fromIcmp(3, 4), 11009u);
+        QCOMPARE(EchoStatus::fromIcmp(12, 0), 11015u);
+        QCOMPARE(EchoStatus::fromIcmp(4, 0), 11016u);
+        QCOMPARE(EchoStatus::fromErrno(EHOSTUNREACH), 11003u);
+        QCOMPARE(EchoStatus::fromErrno(EPERM), 11050u);
+    }
+
+    void badDestinationNeverLeavesTheMachine()
+    {
+        LinuxIcmpEcho echo;
+        EchoReply reply;
+        QCOMPARE(echo.sendEcho(0, kPayload, 90, 200, reply), 0);
+        QCOMPARE(reply.Status, 11018u);
+    }
+
+    void loopbackAnswers()
+    {
+        LinuxIcmpEcho echo;
+        if (!echo.unavailableReason().isEmpty())
+            QSKIP("ICMP is not allowed for this user here: neither a ping socket (net.ipv4.ping_group_range) "
+                  "nor a raw socket (cap_net_raw) can be opened");
+        EchoReply reply;
+        for (int ttl : {90, 1, 0, 300}) {  // out-of-range time-to-live values are clamped, not fatal
+            QCOMPARE(echo.sendEcho(DottedToAddress(QStringLiteral("127.0.0.1")), kPayload, ttl, 1000, reply), 1);
+            QCOMPARE(reply.Status, 0u);
+            QCOMPARE(AddressToDotted(reply.Address), QStringLiteral("127.0.0.1"));
+            QCOMPARE(reply.Data, kPayload);
+            QVERIFY(reply.RoundTripTime < 1000);
+        }
+        qInfo() << "echo socket kind:" << echo.socketKind();
+    }
+};
+
+QTEST_APPLESS_MAIN(TestIcmp)
+#include "tst_icmp.moc"

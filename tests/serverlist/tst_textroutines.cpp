@@ -1,0 +1,124 @@
+#include "serverlist/serverentry.h"
+#include "serverlist/urltext.h"
+#include "shell/wiretext.h"
+
+#include <QRandomGenerator>
+#include <QtTest>
+
+class TestTextRoutines : public QObject {
+    Q_OBJECT
+private slots:
+    void urlHostAndPath()
+    {
+        const QString url = QStringLiteral("http://lists.example/quake2/gamespy.txt");
+        QCOMPARE(UrlHost(url), QStringLiteral("lists.example"));
+        QCOMPARE(UrlPath(url), QStringLiteral("quake2/gamespy.txt"));
+        QCOMPARE(UrlHost(QStringLiteral("http://lists.example")), QStringLiteral("lists.example"));
+        QCOMPARE(UrlPath(QStringLiteral("http://lists.example")), QString());
+        QCOMPARE(UrlPath(QStringLiteral("http://lists.example/")), QString());
+        QCOMPARE(UrlHost(QStringLiteral("lists.example/quake2")), QString());
+        QCOMPARE(UrlPath(QStringLiteral("lists.example/quake2")), QString());
+        QCOMPARE(UrlHost(QStringLiteral("http://lists.example:8080/a/b")), QStringLiteral("lists.example:8080"));
+        QCOMPARE(UrlPath(QStringLiteral("http://h/a//b")), QStringLiteral("a//b"));
+        QCOMPARE(UrlHost(QString()), QString());
+    }
+
+    void requestIsByteExact()
+    {
+        const QByteArray expected =
+            "GET /quake2/gamespy.txt text/plain\r\n"
+            "Accept: image/gif, image/x-xbitmap, image/jpeg, image/pjpeg, application/vnd.ms-excel, "
+            "application/msword, application/vnd.ms-powerpoint, */*\r\n"
+            "Accept -Language: en -us\r\n"
+            "Accept -Encoding: gzip , deflate\r\n"
+            "If-Modified-Since: Sat, 27 Feb 1999 20:08:07 GMT\r\n"
+            "If-None-Match: \"1459df-c693-36d850a7\"\r\n"
+            "User-Agent: Mozilla/4.0 (compatible; MSIE 4.01; Windows 98)\r\n"
+            "Host: lists.example:8080\r\n"
+            "Connection: \r\n"
+            "\r\n"
+            "\r";
+        QCOMPARE(WireText::toBytes(ListRequestText(QStringLiteral("lists.example:8080"),
+                                                   QStringLiteral("quake2/gamespy.txt"))), expected);
+        QVERIFY(ListRequestText(QStringLiteral("h"), QString()).startsWith(QStringLiteral("GET / text/plain\r\n")));
+    }
+
+    void printableTextDropsControlsOnly()
+    {
+        QCOMPARE(PrintableText(QStringLiteral("  a\tb  ")), QStringLiteral("  ab  "));
+        QCOMPARE(PrintableText(QStringLiteral("1.2.3.4:27910\r\n")), QStringLiteral("1.2.3.4:27910"));
+        QCOMPARE(PrintableText(WireText::fromBytes(QByteArray("\x00\x1f\x20\x7e\x7f\x80\x99\xa0\xff", 9))),
+                 WireText::fromBytes(QByteArray("\x20\x7e\x7f\x80\xa0\xff")));
+        QCOMPARE(TrimSpaces(PrintableText(QStringLiteral("  a\tb  "))), QStringLiteral("ab"));
+        QCOMPARE(TrimSpaces(QStringLiteral("\t x \t")), QStringLiteral("\t x \t"));
+    }
+
+    void entriesSplitAtTheFirstColon()
+    {
+        struct Case { const char *entry, *host, *port; bool name; };
+        const Case cases[] = {
+            {"1.2.3.4:27920", "1.2.3.4", "27920", false},
+            {"1.2.3.4", "1.2.3.4", "27910", false},
+            {"Q2Server:27910", "q2server", "27910", true},
+            {"3dserver", "3dserver", "27910", false},
+            {"1.2.3.4:", "1.2.3.4", "", false},
+            {"", "", "27910", false},
+            {"host:1:2", "host", "1:2", true},
+            {"Zed", "zed", "27910", true},
+            {"_under", "_under", "27910", false},
+        };
+        for (const Case &c : cases) {
+            const ServerEntry e = ServerEntry::split(QString::fromLatin1(c.entry));
+            QCOMPARE(e.host, QString::fromLatin1(c.host));
+            QCOMPARE(e.port, QString::fromLatin1(c.port));
+            QCOMPARE(e.isName, c.name);
+        }
+    }
+
+    void replyFieldScansFromTheRight()
+    {
+        const auto fields = [](const QString &line) {
+            return QStringList{ReplyField(line, 1), ReplyField(line, 2), ReplyField(line, 3)};
+        };
+        QCOMPARE(fields(QStringLiteral("    My Server q2dm1  3/ 8")),
+                 (QStringList{QStringLiteral("My Server"), QStringLiteral("q2dm1"), QStringLiteral("3/ 8")}));
+        QCOMPARE(fields(QStringLiteral("    Big Server    q2dm1  3/ 8")),
+                 (QStringList{QStringLiteral("Big Server"), QStringLiteral("q2dm1"), QStringLiteral("3/ 8")}));
+        QCOMPARE(fields(QStringLiteral("No data returned")),
+                 (QStringList{QStringLiteral("No"), QStringLiteral("data"), QStringLiteral("returned")}));
+        QCOMPARE(fields(QStringLiteral("Malformed data returned")),
+                 (QStringList{QStringLiteral("Malformed"), QStringLiteral("data"), QStringLiteral("returned")}));
+        QCOMPARE(fields(QStringLiteral("nospaces")), (QStringList{QString(), QString(), QString()}));
+        QCOMPARE(fields(QStringLiteral("left right")), (QStringList{QString(), QString(), QStringLiteral("right")}));
+        QCOMPARE(fields(QStringLiteral("a b c d e")),
+                 (QStringList{QStringLiteral("a b c"), QStringLiteral("d"), QStringLiteral("e")}));
+        QCOMPARE(fields(QStringLiteral("  Pulse Arena    q2dm1 10/16")),
+                 (QStringList{QStringLiteral("Pulse Arena"), QStringLiteral("q2dm1"), QStringLiteral("10/16")}));
+        QCOMPARE(ReplyField(QStringLiteral("a b c"), 0), QString());
+        QCOMPARE(ReplyField(QStringLiteral("a b c"), 4), QString());
+        QCOMPARE(ReplyField(QString(), 1), QString());
+    }
+
+    void randomInputNeverBreaksTheParsers()
+    {
+        QRandomGenerator random(1999);
+        const char alphabet[] = " /:\t\r\n\\aZ09.\x01\x80\xff";
+        for (int round = 0; round < 20000; ++round) {
+            QByteArray bytes(random.bounded(round % 1000 == 0 ? 70000 : 40), '\0');
+            for (char &b : bytes)
+                b = round % 2 ? alphabet[random.bounded(int(sizeof alphabet - 1))]
+                              : static_cast<char>(random.bounded(256));
+            const QString text = WireText::fromBytes(bytes);
+            const QString printable = PrintableText(text);
+            QVERIFY(printable.size() <= text.size());
+            for (int field = 0; field <= 4; ++field)
+                QVERIFY(ReplyField(text, field).size() <= printable.size());
+            const ServerEntry e = ServerEntry::split(text);
+            QVERIFY(e.host.size() <= text.size());
+            QCOMPARE(WireText::toBytes(text), bytes);  // every byte survives the round trip
+        }
+    }
+};
+
+QTEST_APPLESS_MAIN(TestTextRoutines)
+#include "tst_textroutines.moc"

@@ -1,0 +1,82 @@
+#include "support/testsupport.h"
+
+#include "probes/address.h"
+#include "shell/frmpulsebox.h"
+#include "shell/pulseboxmod.h"
+#include "shell/ticker.h"
+#include "shell/waiting.h"
+
+#include <QDir>
+
+void ScriptedPrompter::message(const QString &text, const QString &title, Icon)
+{
+    shown.append({QStringLiteral("message"), text, title});
+}
+
+bool ScriptedPrompter::question(const QString &text, const QString &title)
+{
+    shown.append({QStringLiteral("question"), text, title});
+    return answers.isEmpty() ? false : answers.takeFirst();
+}
+
+QStringList ScriptedPrompter::texts() const
+{
+    QStringList list;
+    for (const Shown &s : shown)
+        list << s.text;
+    return list;
+}
+
+int ScriptedEcho::sendEcho(qint32 destination, const QByteArray &, int ttl, int, EchoReply &reply)
+{
+    const QString dotted = AddressToDotted(destination);
+    sent.append({dotted, ttl});
+    reply = EchoReply{};
+    Outcome outcome{1, 0, 10};
+    if (destination == 0)
+        outcome = {0, 11018, 0};
+    auto it = script.find(dotted);
+    if (it != script.end() && !it->isEmpty())
+        outcome = it->size() > 1 ? it->takeFirst() : it->first();
+    reply.Address = destination;
+    reply.Status = outcome.status;
+    reply.RoundTripTime = outcome.rtt;
+    return outcome.result;
+}
+
+bool ScriptedStarter::start(const QString &program, const QStringList &arguments,
+                            const QString &workingFolder, QString *error)
+{
+    started.append({program, arguments, workingFolder});
+    if (fail && error)
+        *error = QStringLiteral("No such file or directory");
+    return !fail;
+}
+
+TestEnvironment::TestEnvironment(double timeScale) : previousFolder(QDir::currentPath())
+{
+    Mod() = PulseboxMod{};
+    abandonWaits(false);
+    Ticker::setTimeScale(timeScale);
+    Seams::setPrompts(&prompts);
+    Seams::setEcho(&echo);
+    Seams::setStarter(&starter);
+    QDir::setCurrent(dir.path());
+}
+
+TestEnvironment::~TestEnvironment()
+{
+    QDir::setCurrent(previousFolder);
+    Seams::setPrompts(nullptr);
+    Seams::setEcho(nullptr);
+    Seams::setStarter(nullptr);
+    Ticker::setTimeScale(1.0);
+    abandonWaits(false);
+}
+
+std::unique_ptr<frmPulsebox> newMainWindow()
+{
+    auto window = std::make_unique<frmPulsebox>();
+    window->show();
+    return window;
+}

@@ -1,0 +1,73 @@
+#pragma once
+#include "launch/programstarter.h"
+#include "probes/icmpecho.h"
+#include "shell/prompts.h"
+
+#include <QHash>
+#include <QList>
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <memory>
+
+class frmPulsebox;
+
+// Answers every prompt by script and remembers what was shown.
+class ScriptedPrompter : public Prompter {
+public:
+    struct Shown {
+        QString kind;  // "message" or "question"
+        QString text;
+        QString title;
+    };
+    QList<Shown> shown;
+    QList<bool> answers;  // for the questions, in order; No once they run out
+
+    void message(const QString &text, const QString &title, Icon icon) override;
+    bool question(const QString &text, const QString &title) override;
+    QString openFileName(const QString &, const QString &) override { return {}; }
+    QString saveFileName(const QString &, const QString &) override { return {}; }
+    QStringList texts() const;
+};
+
+// Echo outcomes by destination; a destination without a script answers in 10 ms.
+class ScriptedEcho : public EchoService {
+public:
+    struct Outcome {
+        int result;
+        quint32 status;
+        quint32 rtt;
+    };
+    QHash<QString, QList<Outcome>> script;  // consumed in order; the last one repeats
+    QList<QPair<QString, int>> sent;        // destination and time-to-live of every call
+
+    int sendEcho(qint32 destination, const QByteArray &payload, int ttl, int timeoutMs,
+                 EchoReply &reply) override;
+};
+
+class ScriptedStarter : public ProgramStarter {
+public:
+    struct Started {
+        QString program;
+        QStringList arguments;
+        QString workingFolder;
+    };
+    QList<Started> started;
+    bool fail = false;
+    bool start(const QString &program, const QStringList &arguments, const QString &workingFolder,
+               QString *error) override;
+};
+
+// A fresh module state, scripted seams, fast ticks and a temporary current folder.
+struct TestEnvironment {
+    explicit TestEnvironment(double timeScale = 0.05);
+    ~TestEnvironment();
+    QTemporaryDir dir;
+    QString previousFolder;
+    ScriptedPrompter prompts;
+    ScriptedEcho echo;
+    ScriptedStarter starter;
+};
+
+// The main window without its start-up wait, shown offscreen.
+std::unique_ptr<frmPulsebox> newMainWindow();
