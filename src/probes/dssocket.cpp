@@ -138,9 +138,10 @@ void DsSocket::flushLines(bool all)
         const qsizetype end = pending_.indexOf(eol);
         if (end < 0 && pending_.size() < kMaxLine)
             break;
-        const qsizetype take = end < 0 ? kMaxLine : end;
+        const bool cut = end < 0 || end > kMaxLine;
+        const qsizetype take = cut ? kMaxLine : end;
         const QByteArray line = pending_.left(take);
-        pending_.remove(0, end < 0 ? take : take + 1);
+        pending_.remove(0, cut ? take : take + 1);
         emit DataArrival(WireText::fromBytes(line));
     }
     if (all && !pending_.isEmpty()) {

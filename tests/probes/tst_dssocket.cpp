@@ -1,4 +1,166 @@
+#include "support/testsupport.h"
+
+#include "probes/dssocket.h"
+#include "shell/wiretext.h"
+
+#include <QNetworkDatagram>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QUdpSocket>
 #include <QtTest>
-class T : public QObject { Q_OBJECT };
-QTEST_MAIN(T)
+
+namespace {
+// Serves `bytes` to the first client, then closes.
+struct OneShotServer {
+    explicit OneShotServer(const QByteArray &bytes)
+    {
+        server.listen(QHostAddress::LocalHost);
+        QObject::connect(&server, &QTcpServer::newConnection, [this, bytes] {
+            QTcpSocket *client = server.nextPendingConnection();
+            client->write(bytes);
+            client->disconnectFromHost();
+        });
+    }
+    QString hostText() const { return QStringLiteral("127.0.0.1:%1").arg(server.serverPort()); }
+    QTcpServer server;
+};
+
+struct Events {
+    explicit Events(DsSocket &socket)
+    {
+        QObject::connect(&socket, &DsSocket::Connected, [this] { log << QStringLiteral("connected"); });
+        QObject::connect(&socket, &DsSocket::SendReady, [this] { log << QStringLiteral("send-ready"); });
+        QObject::connect(&socket, &DsSocket::DataArrival, [this](const QString &d) { data << d; });
+        QObject::connect(&socket, &DsSocket::Closed, [this] { log << QStringLiteral("close"); });
+        QObject::connect(&socket, &DsSocket::Error, [this](int n, const QString &d) {
+            log << QStringLiteral("error %1").arg(n);
+            errorText = d;
+        });
+    }
+    QStringList log, data;
+    QString errorText;
+};
+
+quint16 closedPort()
+{
+    QTcpServer probe;
+    probe.listen(QHostAddress::LocalHost);
+    return probe.serverPort();  // closed again when probe goes
+}
+}
+
+class TestDsSocket : public QObject {
+    Q_OBJECT
+private slots:
+    void lineModeDeliversOneLinePerEvent()
+    {
+        OneShotServer server(QByteArray("line1\nline2\r\n\n\x80\xff last-no-lf"));
+        DsSocket socket(DsSocket::Kind::Stream);
+        Events events(socket);
+        socket.LineMode = true;
+        socket.RemoteHost = server.hostText();  // the port after the host wins over RemotePort
+        socket.RemotePort = 80;
+        QVERIFY(socket.Connect());
+        QTRY_COMPARE(events.log.value(2), QStringLiteral("close"));
+        QCOMPARE(events.log, (QStringList{QStringLiteral("connected"), QStringLiteral("send-ready"), QStringLiteral("close")}));
+        QCOMPARE(events.data, (QStringList{QStringLiteral("line1"), QStringLiteral("line2\r"), QString(),
+                                           WireText::fromBytes("\x80\xff last-no-lf")}));
+        QCOMPARE(socket.State(), int(DsSocket::StateClosed));
+    }
+
+    void endlessLinesArriveInPiecesWithoutLoss()
+    {
+        const QByteArray huge(300 * 1024, 'x');
+        OneShotServer server(huge);
+        DsSocket socket(DsSocket::Kind::Stream);
+        Events events(socket);
+        socket.LineMode = true;
+        socket.RemoteHost = server.hostText();
+        QVERIFY(socket.Connect());
+        QTRY_VERIFY(events.log.contains(QStringLiteral("close")));
+        qsizetype total = 0;
+        for (const QString &piece : events.data) {
+            QVERIFY(piece.size() <= 64 * 1024);
+            total += piece.size();
+        }
+        QCOMPARE(total, huge.size());
+    }
+
+    void refusedAndBadHostsReportErrors()
+    {
+        DsSocket socket(DsSocket::Kind::Stream);
+        Events events(socket);
+        socket.RemoteHost = QStringLiteral("127.0.0.1:%1").arg(closedPort());
+        QVERIFY(socket.Connect());
+        QTRY_COMPARE(events.log, QStringList{QStringLiteral("error 10061")});
+        QCOMPARE(socket.State(), int(DsSocket::StateFailed));
+        QVERIFY(!events.errorText.isEmpty());
+
+        socket.RemoteHost = QStringLiteral("127.0.0.1:notaport");
+        QVERIFY(!socket.Connect());
+        QCOMPARE(socket.LastError, 10049);
+        QCOMPARE(socket.State(), int(DsSocket::StateFailed));
+        socket.RemoteHost.clear();
+        QVERIFY(!socket.Connect());
+    }
+
+    void datagramsArriveWholeWithEveryByte()
+    {
+        QUdpSocket peer;
+        QVERIFY(peer.bind(QHostAddress(QStringLiteral("127.0.9.1")), 0));
+        DsSocket socket(DsSocket::Kind::Datagram);
+        Events events(socket);
+        QVERIFY(socket.SetAction(DsSocket::OpenAction));
+        QCOMPARE(socket.State(), int(DsSocket::StateOpen));
+        socket.RemoteDotted = QStringLiteral("127.0.9.1");
+        socket.RemotePort = peer.localPort();
+        QByteArray all;
+        for (int b = 0; b < 256; ++b)
+            all += static_cast<char>(b);
+        socket.Send(WireText::fromBytes(all));
+        QTRY_VERIFY(peer.hasPendingDatagrams());
+        const QNetworkDatagram got = peer.receiveDatagram();
+        QCOMPARE(got.data(), all);
+
+        for (const QByteArray &reply : {all, QByteArray(1, '\xff'), QByteArray(65000, '\0')}) {
+            events.data.clear();
+            peer.writeDatagram(reply, got.senderAddress(), static_cast<quint16>(got.senderPort()));
+            QTRY_COMPARE(events.data.size(), 1);
+            QCOMPARE(WireText::toBytes(events.data.first()), reply);
+        }
+    }
+
+    void silentPeersRaiseNoError()
+    {
+        DsSocket socket(DsSocket::Kind::Datagram);
+        Events events(socket);
+        socket.RemoteDotted = QStringLiteral("127.0.9.2");
+        socket.RemotePort = closedPort();
+        socket.Send(QStringLiteral("hello"));
+        socket.Send(QStringLiteral("again"));
+        QTest::qWait(100);
+        QVERIFY(events.log.isEmpty());
+
+        socket.Connect();  // a datagram socket's connect asks for a send-ready event
+        QTRY_COMPARE(events.log, QStringList{QStringLiteral("send-ready")});
+        socket.RemoteDotted = QStringLiteral("not an address");
+        socket.Send(QStringLiteral("x"));
+        QCOMPARE(events.log.last(), QStringLiteral("error 10049"));
+    }
+
+    void resolveLeavesThePresetWhenNothingResolves()
+    {
+        DsSocket socket(DsSocket::Kind::Datagram);
+        socket.RemoteHost = QStringLiteral("localhost");
+        socket.RemoteDotted = QStringLiteral("0.0.0.0");
+        QVERIFY(socket.SetAction(DsSocket::ResolveAction));
+        QCOMPARE(socket.RemoteDotted, QStringLiteral("127.0.0.1"));
+        socket.RemoteHost.clear();
+        socket.RemoteDotted = QStringLiteral("0.0.0.0");
+        QVERIFY(!socket.SetAction(DsSocket::ResolveAction));
+        QCOMPARE(socket.RemoteDotted, QStringLiteral("0.0.0.0"));
+    }
+};
+
+QTEST_MAIN(TestDsSocket)
 #include "tst_dssocket.moc"

@@ -1,4 +1,187 @@
+#include "support/testsupport.h"
+
+#include "demonet/demonetwork.h"
+#include "probes/address.h"
+#include "probes/frmservinfo.h"
+#include "shell/frmpulsebox.h"
+#include "shell/pulseboxmod.h"
+#include "shell/ticker.h"
+#include "shell/vblist.h"
+#include "shell/wiretext.h"
+
+#include <QLineEdit>
+#include <QNetworkDatagram>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QUdpSocket>
 #include <QtTest>
-class T : public QObject { Q_OBJECT };
-QTEST_MAIN(T)
+
+namespace {
+Demo::Server fake(const char *address, const QString &protocol, int delayMs = 0)
+{
+    Demo::Server s;
+    s.address = QHostAddress(QLatin1String(address));
+    s.port = 27910;
+    s.protocol = protocol;
+    s.delayMs = delayMs;
+    s.hostName = QStringLiteral("Test Server");
+    s.map = QStringLiteral("q2dm1");
+    s.maxClients = 8;
+    s.players = {{QStringLiteral("Vector"), 21, 38}, {QStringLiteral("Doc Holiday"), 3, 120},
+                 {QStringLiteral("Mynx"), -2, 999}};
+    return s;
+}
+
+// A peer that answers every datagram with the bytes it is given.
+struct ReplyPeer {
+    explicit ReplyPeer(const char *address)
+    {
+        QVERIFY(socket.bind(QHostAddress(QLatin1String(address)), 27910));
+        QObject::connect(&socket, &QUdpSocket::readyRead, [this] {
+            while (socket.hasPendingDatagrams()) {
+                const QNetworkDatagram d = socket.receiveDatagram();
+                socket.writeDatagram(reply, d.senderAddress(), static_cast<quint16>(d.senderPort()));
+            }
+        });
+    }
+    QUdpSocket socket;
+    QByteArray reply;
+};
+}
+
+class TestGameQueries : public QObject {
+    Q_OBJECT
+private slots:
+    void versionProbeFindsTheProtocol()
+    {
+        TestEnvironment env;
+        auto w = newMainWindow();
+        struct Case { const char *address; QString protocol; QString version; int queries; };
+        const Case cases[] = {
+            {"127.0.10.1", QStringLiteral("31"), QStringLiteral("3.14"), 1},
+            {"127.0.10.2", QStringLiteral("33"), QStringLiteral("3.17"), 3},
+            {"127.0.10.3", QStringLiteral("34"), QStringLiteral("3.19"), 4},
+            {"127.0.10.4", QStringLiteral("none"), QStringLiteral("3.20"), 4},
+            {"127.0.10.5", QStringLiteral("32"), QStringLiteral("3.15"), 2},
+        };
+        for (const Case &c : cases) {
+            Demo::GameServer server(fake(c.address, c.protocol));
+            QString error;
+            QVERIFY2(server.start(&error), qPrintable(error));
+            const auto result = w->versionProbe(QString::fromLatin1(c.address), QStringLiteral("27910"));
+            QCOMPARE(result.version, c.version);
+            QCOMPARE(Mod().QueryMode, 1);
+            QCOMPARE(server.received.size(), c.queries);
+            for (int i = 0; i < c.queries; ++i)
+                QCOMPARE(server.received[i], QByteArray("\xff\xff\xff\xffinfo 3") + QByteArray::number(i + 1));
+            if (c.protocol == QStringLiteral("none"))
+                QCOMPARE(result.infoLine, QStringLiteral("No data returned"));
+            else
+                QCOMPARE(result.infoLine, QStringLiteral("     Test Server    q2dm1  3/ 8"));
+        }
+    }
+
+    void silentAndMalformedServers()
+    {
+        TestEnvironment env;
+        auto w = newMainWindow();
+        Demo::GameServer silent(fake("127.0.10.6", QStringLiteral("silent")));
+        Demo::GameServer broken(fake("127.0.10.7", QStringLiteral("nolf")));
+        QString error;
+        QVERIFY(silent.start(&error) && broken.start(&error));
+        QElapsedTimer clock;
+        clock.start();
+        auto result = w->versionProbe(QStringLiteral("127.0.10.6"), QStringLiteral("27910"));
+        QVERIFY(clock.elapsed() >= 90);  // waited out its two ticks
+        QCOMPARE(result.version, QStringLiteral("3.14"));
+        QCOMPARE(result.infoLine, QStringLiteral("No data returned"));
+        QCOMPARE(silent.received.size(), 1);
+        result = w->versionProbe(QStringLiteral("127.0.10.7"), QStringLiteral("27910"));
+        QCOMPARE(result.infoLine, QStringLiteral("Malformed data returned"));
+        QCOMPARE(w->Timer1->interval(), 0);
+    }
+
+    void lateAnswerStaysUntilTheNextQuery()
+    {
+        TestEnvironment env;
+        auto w = newMainWindow();
+        Demo::GameServer slow(fake("127.0.10.8", QStringLiteral("34"), 300));  // two ticks are 100 ms here
+        QString error;
+        QVERIFY(slow.start(&error));
+        QVERIFY(w->query(QStringLiteral("127.0.10.8"), QStringLiteral("27910"), 4).isEmpty());
+        QTRY_VERIFY(!Mod().LastReply.isEmpty());
+        QVERIFY(Mod().LastReply.startsWith(QString(4, QChar(0xFF)) + QStringLiteral("info\n")));
+        QCOMPARE(w->Text2->Text, Mod().LastReply);
+        Demo::GameServer silent(fake("127.0.10.9", QStringLiteral("silent")));
+        QVERIFY(silent.start(&error));
+        QVERIFY(w->query(QStringLiteral("127.0.10.9"), QStringLiteral("27910"), 1).isEmpty());
+        QVERIFY(Mod().LastReply.isEmpty());
+    }
+
+    void hostileRepliesNeverBreakAProbe()
+    {
+        TestEnvironment env;
+        auto w = newMainWindow();
+        ReplyPeer peer("127.0.10.10");
+        const QList<std::pair<QByteArray, QString>> cases{
+            {QByteArray(1, '\xff'), QStringLiteral("Malformed data returned")},
+            {QByteArray(65000, 'z'), QStringLiteral("Malformed data returned")},
+            {QByteArray("\xff\xff\xff\xffinfo\n\0\0name\0 map 1/2", 27), QStringLiteral("name map 1/2")},
+            {QByteArray("\n\x80\x81\xfe\xff"), WireText::fromBytes("\x80\x81\xfe\xff")},
+            {QByteArray("\xff\xff\xff\xffprint\nno pairs\n"), QStringLiteral("no pairs")},
+        };
+        for (const auto &[reply, infoLine] : cases) {
+            peer.reply = reply;
+            const auto result = w->versionProbe(QStringLiteral("127.0.10.10"), QStringLiteral("27910"));
+            QCOMPARE(result.infoLine, infoLine);
+            QCOMPARE(result.version, QStringLiteral("3.14"));
+            QCOMPARE(WireText::toBytes(Mod().LastReply), reply);
+        }
+        peer.reply.clear();  // an empty datagram is no answer
+        QCOMPARE(w->versionProbe(QStringLiteral("127.0.10.10"), QStringLiteral("27910")).infoLine,
+                 QStringLiteral("No data returned"));
+        QVERIFY(env.prompts.shown.isEmpty());
+    }
+
+    void serverInfoShowsSettingsAndPlayers()
+    {
+        TestEnvironment env;
+        auto w = newMainWindow();
+        QTest::mouseClick(w->Command6, Qt::LeftButton);  // disabled: nothing happens
+        w->Command6_Click();
+        QCOMPARE(env.prompts.texts(), QStringList{QStringLiteral("Pick a server from the list first.")});
+
+        Demo::GameServer server(fake("127.0.10.11", QStringLiteral("34")));
+        QString error;
+        QVERIFY(server.start(&error));
+        ServerRec rec;
+        rec.Address = DottedToAddress(QStringLiteral("127.0.10.11"));
+        rec.Port = 27910;
+        const int index = Mod().appendServer(rec);
+        w->List1->SetItemData(w->List1->AddItem(QStringLiteral("001 - 127.0.10.11:27910")), index);
+        QTest::mouseClick(w->List1->viewport(), Qt::LeftButton, {}, w->List1->visualItemRect(w->List1->item(0)).center());
+        QVERIFY(w->Command6->isEnabled());  // a click on a row enables it when no run is going
+        QTest::mouseClick(w->Command6, Qt::LeftButton);
+        QCOMPARE(server.received.last(), QByteArray("\xff\xff\xff\xffstatus"));
+        QCOMPARE(Mod().QueryMode, 99);
+        QCOMPARE(w->txIPAddress->text(), QStringLiteral("127.0.10.11"));
+        auto *info = w->findChild<frmServinfo *>(QStringLiteral("frmServinfo"));
+        QVERIFY(info && info->isVisible());
+        QVERIFY(info->isModal());
+        const QString text = info->Text1->toPlainText();
+        QVERIFY(text.startsWith(QStringLiteral("SERVER STATUS:\ncheats=0\ndeathmatch=1\n")));
+        QVERIFY(text.contains(QStringLiteral("\nmaxclients=8\nprotocol=34\n")));
+        QVERIFY(text.endsWith(QStringLiteral("\nPLAYER STATUS:\n21 38 \"Vector\"\n3 120 \"Doc Holiday\"\n-2 999 \"Mynx\"\n")));
+        QTest::mouseClick(info->Command1, Qt::LeftButton);
+        QTRY_VERIFY(!w->findChild<frmServinfo *>(QStringLiteral("frmServinfo")));
+
+        // A silent server shows nothing at all.
+        Mod().Servers[static_cast<size_t>(index)].Address = DottedToAddress(QStringLiteral("127.0.10.12"));
+        w->Command6_Click();
+        QVERIFY(!w->findChild<frmServinfo *>(QStringLiteral("frmServinfo")));
+        QCOMPARE(env.prompts.shown.size(), 1);
+    }
+};
+
+QTEST_MAIN(TestGameQueries)
 #include "tst_gamequeries.moc"

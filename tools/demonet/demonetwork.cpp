@@ -40,12 +40,13 @@ Config Config::builtIn()
                {{u"Grenadier"_s, 14, 77}}),
         server("127.0.0.1", 27920, u"34"_s, 0, u"Named by Host"_s, u"q2dm4"_s, 8,
                {{u"Alias"_s, 2, 19}}),
+        server("127.0.0.10", 27910, u"nolf"_s, 0, u"Broken Reply"_s, u"q2dm6"_s, 8, {}),
         server("127.0.0.12", 27910, u"34"_s, 0, u"Favorite Hideout"_s, u"q2dm7"_s, 6,
                {{u"Regular"_s, 30, 25}, {u"Nightowl"_s, 28, 33}}),
     };
     c.listLines = {u"127.0.0.2"_s, u"127.0.0.3:27910"_s, u"127.0.0.4:27911"_s, u"127.0.0.5"_s,
                    QString(), u"127.0.0.6:27910"_s, u"127.0.0.7"_s, u"127.0.0.8"_s,
-                   u"127.0.0.9:27910"_s, u"localhost:27920"_s, u"127.0.0.13"_s};
+                   u"127.0.0.9:27910"_s, u"localhost:27920"_s, u"127.0.0.10"_s, u"127.0.0.13"_s};
     return c;
 }
 
@@ -103,6 +104,8 @@ QByteArray answerFor(const Server &server, const QByteArray &query)
     if (server.protocol == u"silent"_s || !query.startsWith(header))
         return {};
     const QByteArray text = query.mid(4).trimmed();
+    if (server.protocol == u"nolf"_s)  // a broken server: no line feed anywhere
+        return header + "info " + latin1(server.hostName);
     if (text.startsWith("info")) {
         const QByteArray asked = text.mid(4).trimmed();
         if (asked != latin1(server.protocol))

@@ -23,7 +23,7 @@ struct Server {
     QHostAddress address;
     quint16 port = 27910;
     // "31".."34": the protocol it speaks; "none": answers "wrong version" to every
-    // info query; "silent": never answers.
+    // info query; "silent": never answers; "nolf": answers without any line feed.
     QString protocol = QStringLiteral("34");
     int delayMs = 0;  // how long it takes to answer
     QString hostName;
