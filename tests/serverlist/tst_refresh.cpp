@@ -1,4 +1,311 @@
+#include "support/testsupport.h"
+
+#include "demonet/demonetwork.h"
+#include "probes/address.h"
+#include "shell/frmpulsebox.h"
+#include "shell/pulseboxmod.h"
+#include "shell/serverrow.h"
+#include "shell/vblist.h"
+#include "shell/waiting.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
+#include <QTcpServer>
 #include <QtTest>
-class T : public QObject { Q_OBJECT };
-QTEST_MAIN(T)
+
+namespace {
+Demo::Server fake(const char *address, quint16 port, const char *protocol, const char *name, int players = 0)
+{
+    Demo::Server s;
+    s.address = QHostAddress(QLatin1String(address));
+    s.port = port;
+    s.protocol = QLatin1String(protocol);
+    s.hostName = QLatin1String(name);
+    s.map = QStringLiteral("q2dm1");
+    for (int i = 0; i < players; ++i)
+        s.players.append({QStringLiteral("p%1").arg(i), i, 50});
+    return s;
+}
+
+ScriptedEcho::Outcome ms(quint32 rtt) { return {1, 0, rtt}; }
+constexpr ScriptedEcho::Outcome kTimedOut{0, 11010, 0};
+
+// The main window, a list web server and game servers on loopback.
+struct Refresh {
+    explicit Refresh(const QList<Demo::Server> &servers, const QStringList &listLines)
+    {
+        Demo::Config config;
+        config.httpPort = 0;
+        config.servers = servers;
+        config.listLines = listLines;
+        QString error;
+        started = network.start(config, &error, true);
+        window->Text1->setEditText(network.listUrl());
+    }
+    void addFavorite(const QString &address) { window->appendFavorite(address, QStringLiteral("desc")); }
+    QStringList rows() const { return window->List1->Texts(); }
+    QStringList log() const { return window->lbReturn->Texts(); }
+    void verifyIdleControls() const
+    {
+        QVERIFY(!window->Command1->isEnabled());
+        for (QWidget *w : std::initializer_list<QWidget *>{window->Command2, window->Command8, window->Command7,
+                                                           window->cmAddFav, window->txTTL, window->Text4})
+            QVERIFY2(w->isEnabled(), qPrintable(w->objectName()));
+        QVERIFY(window->mnuPing->menuAction()->isEnabled());
+        QVERIFY(!window->Command6->isEnabled());
+        QVERIFY(window->Shape1->isHidden() && window->Shape2->isHidden());
+        QCOMPARE(Mod().CancelRequested, qint16(0));
+    }
+
+    TestEnvironment env;
+    Demo::Network network;
+    bool started = false;
+    std::unique_ptr<frmPulsebox> window = newMainWindow();
+};
+
+QString row(const char *ping, bool fav, const char *address, const char *name, const char *version,
+            const char *map, const char *players)
+{
+    return ServerRow::format(QByteArray(ping).toLongLong(), fav, QLatin1String(address), QLatin1String(name),
+                             QLatin1String(version), QLatin1String(map), QLatin1String(players));
+}
+}
+
+class TestRefresh : public QObject {
+    Q_OBJECT
+private slots:
+    void fullRefreshEndToEnd()
+    {
+        Refresh r({fake("127.0.11.1", 27910, "34", "Fav One", 2), fake("127.0.11.2", 27910, "31", "Fav Two"),
+                   fake("127.0.11.3", 27910, "34", "Plain Address", 3), fake("127.0.11.4", 27911, "33", "Old Three Seventeen"),
+                   fake("127.0.0.1", 27931, "34", "Named Host", 1), fake("127.0.11.5", 27910, "silent", "Quiet"),
+                   fake("127.0.11.6", 27910, "34", "Too Far Away")},
+                  {QStringLiteral("127.0.11.3"), QStringLiteral("127.0.11.4:27911"), QStringLiteral("LocalHost:27931"),
+                   QString(), QStringLiteral("127.0.11.5"), QStringLiteral("127.0.11.6")});
+        QVERIFY(r.started);
+        r.addFavorite(QStringLiteral("127.0.11.1:27910"));
+        r.addFavorite(QStringLiteral("127.0.11.2"));
+        r.env.echo.script = {{QStringLiteral("127.0.11.1"), {ms(45)}}, {QStringLiteral("127.0.11.2"), {ms(12)}},
+                             {QStringLiteral("127.0.11.3"), {ms(100)}}, {QStringLiteral("127.0.11.4"), {ms(230)}},
+                             {QStringLiteral("127.0.0.1"), {ms(7)}}, {QStringLiteral("127.0.11.5"), {ms(60)}},
+                             {QStringLiteral("127.0.11.6"), {ms(231)}}};
+
+        QTest::mouseClick(r.window->Command2, Qt::LeftButton);
+
+        QCOMPARE(r.rows(), (QStringList{
+            row("007", false, "127.0.0.1:27931", "Named Host", "3.19", "q2dm1", "1/ 8"),
+            row("012", true, "127.0.11.2:27910", "Fav Two", "3.14", "q2dm1", "0/ 8"),
+            row("045", true, "127.0.11.1:27910", "Fav One", "3.19", "q2dm1", "2/ 8"),
+            row("060", false, "127.0.11.5:27910", "No", "3.14", "data", "returned"),
+            row("100", false, "127.0.11.3:27910", "Plain Address", "3.19", "q2dm1", "3/ 8"),
+            row("230", false, "127.0.11.4:27911", "Old Three Seventeen", "3.17", "q2dm1", "0/ 8")}));
+        QCOMPARE(r.rows()[1].left(6), QStringLiteral("012 -*"));
+        QCOMPARE(r.log(), (QStringList{
+            QStringLiteral("Reply from Fav 127.0.11.1: time =45ms. TTL=90"),
+            QStringLiteral("Reply from Fav 127.0.11.2: time =12ms. TTL=90"),
+            QStringLiteral("Reply from 127.0.11.3: time =100ms. TTL=90"),
+            QStringLiteral("Reply from 127.0.11.4: time =230ms. TTL=90"),
+            QStringLiteral("Looking up: localhost Please wait.."),
+            QStringLiteral("Found: localhost as 127.0.0.1"),
+            QStringLiteral("Reply from 127.0.0.1: time =7ms. TTL=90"),
+            QStringLiteral("Reply from : Failed code = 11018"),
+            QStringLiteral("Reply from 127.0.11.5: time =60ms. TTL=90"),
+            QStringLiteral("Reply from 127.0.11.6: time =231ms. TTL=90")}));
+        QCOMPARE(r.window->Label14->text(), QStringLiteral("6"));
+        QCOMPARE(r.window->Statusbar->text(), QStringLiteral("Done..."));
+        QCOMPARE(r.window->txIPAddress->text(), QStringLiteral("127.0.11.6"));
+        r.verifyIdleControls();
+
+        const PulseboxMod &mod = Mod();
+        QCOMPARE(mod.ServerCount, 6);
+        QCOMPARE(mod.Servers.size(), size_t(8));
+        QVERIFY(mod.Servers[0] == ServerRec{});
+        QVERIFY(mod.Servers[7] == ServerRec{});
+        ServerRec first;
+        first.Address = DottedToAddress(QStringLiteral("127.0.11.1"));
+        first.Port = 27910;
+        first.PingMs = 45;
+        first.HostName = ServerRow::pad(QStringLiteral("Fav One"), 50);
+        first.Version = QStringLiteral("3.19 ");
+        first.IsFavorite = 1;
+        QVERIFY(mod.Servers[1] == first);
+        QCOMPARE(mod.Servers[4].HostName, ServerRow::pad(QStringLiteral("Old Three Seventeen"), 50));
+        QCOMPARE(mod.Servers[4].Port, 27911);
+        QCOMPARE(mod.Servers[4].Version, QStringLiteral("3.17 "));
+        QCOMPARE(mod.Servers[4].IsFavorite, qint16(0));
+        QCOMPARE(mod.Servers[6].HostName, ServerRow::pad(QStringLiteral("No"), 50));
+        for (int i = 0; i < r.window->List1->ListCount(); ++i) {  // each row points at its own record
+            const ServerRec &rec = mod.Servers[static_cast<size_t>(r.window->List1->ItemData(i))];
+            QVERIFY(r.window->List1->List(i).contains(AddressToDotted(rec.Address) + u':' + QString::number(rec.Port)));
+        }
+        QCOMPARE(mod.PlayerCount, 1);
+        QCOMPARE(mod.QueryMode, 1);
+        QVERIFY(r.network.lastRequest.startsWith("GET /quake2/gamespy.txt text/plain\r\n"));
+        QVERIFY(r.env.prompts.shown.isEmpty());
+        QCOMPARE(r.env.echo.sent.first(), (QPair<QString, int>(QStringLiteral("127.0.11.1"), 90)));
+    }
+
+    void favoritesOnlyWithRegularPing()
+    {
+        Refresh r({fake("127.0.12.1", 27910, "34", "A"), fake("127.0.12.2", 27910, "34", "B"),
+                   fake("127.0.12.3", 27910, "34", "C")}, {QStringLiteral("127.0.12.9")});
+        r.addFavorite(QStringLiteral("127.0.12.1"));
+        r.addFavorite(QStringLiteral("127.0.12.2"));
+        r.addFavorite(QStringLiteral("127.0.12.3"));
+        r.window->lbHost->AddItem(QStringLiteral("left over from an earlier refresh"));
+        r.window->mnuqp[1]->trigger();
+        r.env.echo.script = {{QStringLiteral("127.0.12.1"), {ms(40), ms(41), ms(43)}},
+                             {QStringLiteral("127.0.12.2"), {ms(40), kTimedOut, ms(40)}},
+                             {QStringLiteral("127.0.12.3"), {ms(41), ms(42), ms(42)}}};
+
+        QTest::mouseClick(r.window->Command8, Qt::LeftButton);
+
+        QVERIFY(r.network.lastRequest.isEmpty());  // no connection at all
+        QCOMPARE(r.window->lbHost->ListCount(), 0);
+        QCOMPARE(r.window->Label14->text(), QStringLiteral("0"));
+        QCOMPARE(Mod().FavoritesOnly, qint16(0));
+        QCOMPARE(r.log(), (QStringList{QStringLiteral("Reply from Fav 127.0.12.1: time =41ms. TTL=90"),
+                                       QStringLiteral("Reply from 127.0.12.2: Failed code = 11010"),
+                                       QStringLiteral("Reply from Fav 127.0.12.3: time =41ms. TTL=90")}));
+        QCOMPARE(r.rows().size(), 2);
+        QVERIFY(r.rows()[0].startsWith(QStringLiteral("041 -*127.0.12.1:27910")));
+        QCOMPARE(Mod().Servers[1].PingMs, 41);
+        QCOMPARE(Mod().Servers[2].PingMs, 42);  // 41.67 rounds up in the record, the row shows 41
+        QVERIFY(r.rows()[1].startsWith(QStringLiteral("041 -*127.0.12.3:27910")));
+        QCOMPARE(r.env.echo.sent.size(), 3 + 2 + 3);
+        QCOMPARE(r.window->Statusbar->text(), QStringLiteral("Done..."));
+        r.verifyIdleControls();
+
+        // The next Refresh List fetches again.
+        QTest::mouseClick(r.window->Command2, Qt::LeftButton);
+        QVERIFY(!r.network.lastRequest.isEmpty());
+    }
+
+    void cancelStopsAfterTheCurrentServer()
+    {
+        QList<Demo::Server> servers;
+        QStringList list;
+        for (int i = 1; i <= 10; ++i) {
+            const QByteArray address = "127.0.13." + QByteArray::number(i);
+            servers << fake(address.constData(), 27910, "silent", "S");
+            list << QString::fromLatin1(address);
+        }
+        Refresh r(servers, list);
+        QTimer watcher;
+        bool refusedSeen = false;
+        QObject::connect(&watcher, &QTimer::timeout, [&] {
+            if (r.env.echo.sent.size() == 3 && r.window->Command1->isEnabled() && Mod().CancelRequested == 0) {
+                QVERIFY(!r.window->close());  // refused while the refresh runs
+                refusedSeen = r.window->isVisible();
+                QTest::mouseClick(r.window->Command1, Qt::LeftButton);
+            }
+        });
+        watcher.start(5);
+        QTest::mouseClick(r.window->Command2, Qt::LeftButton);
+        watcher.stop();
+        QVERIFY(refusedSeen);
+        QCOMPARE(r.window->windowTitle(), QStringLiteral("Pulsebox Server Kit - CAN'T CLOSE BEFORE CANCEL!"));
+        QCOMPARE(r.env.echo.sent.size(), 3);
+        QCOMPARE(r.rows().size(), 3);
+        QCOMPARE(r.window->Statusbar->text(), QStringLiteral("Done..."));
+        QCOMPARE(r.window->Label14->text(), QStringLiteral("10"));
+        r.verifyIdleControls();
+        QVERIFY(r.window->close());
+    }
+
+    void closingAfterCancelEndsTheRunAtOnce()
+    {
+        QList<Demo::Server> servers;
+        QStringList list;
+        for (int i = 1; i <= 5; ++i) {
+            servers << fake(("127.0.14." + QByteArray::number(i)).constData(), 27910, "silent", "S");
+            list << QStringLiteral("127.0.14.%1").arg(i);
+        }
+        Refresh r(servers, list);
+        QTimer::singleShot(30, [&] {
+            QTest::mouseClick(r.window->Command1, Qt::LeftButton);
+            QVERIFY(r.window->close());
+        });
+        QElapsedTimer clock;
+        clock.start();
+        QTest::mouseClick(r.window->Command2, Qt::LeftButton);
+        QVERIFY(clock.elapsed() < 2000);
+        QVERIFY(!r.window->isVisible());
+        QVERIFY(r.env.echo.sent.size() <= 2);
+    }
+
+    void invalidUrlAndEmptyListQuestions()
+    {
+        Refresh r({fake("127.0.15.1", 27910, "34", "Fav")}, {});
+        r.addFavorite(QStringLiteral("127.0.15.1"));
+        const QString question = QStringLiteral("Do you want to continue trying favorites?");
+
+        r.window->Text1->setEditText(QStringLiteral("  "));
+        QTest::mouseClick(r.window->Command2, Qt::LeftButton);  // answered No
+        QCOMPARE(r.env.prompts.texts(), (QStringList{QStringLiteral("Invalid URL supplied."), question}));
+        QCOMPARE(r.rows(), QStringList());
+        QCOMPARE(r.window->Statusbar->text(), QStringLiteral("Retreiving List...."));
+        r.verifyIdleControls();
+
+        r.env.prompts.shown.clear();
+        r.env.prompts.answers = {true};
+        QTest::mouseClick(r.window->Command2, Qt::LeftButton);  // answered Yes: favorites only
+        QCOMPARE(r.rows().size(), 1);
+        QCOMPARE(r.window->Statusbar->text(), QStringLiteral("Done..."));
+
+        r.window->Text1->setEditText(r.network.listUrl());  // a list that arrives empty
+        r.env.prompts.shown.clear();
+        QTest::mouseClick(r.window->Command2, Qt::LeftButton);
+        QCOMPARE(r.env.prompts.texts(), (QStringList{QStringLiteral("No sites from web source list"), question}));
+        QCOMPARE(r.window->Statusbar->text(), QStringLiteral("No sites from web source list"));
+        QCOMPARE(r.rows(), QStringList());
+        r.verifyIdleControls();
+    }
+
+    void unreachableListServer()
+    {
+        Refresh r({fake("127.0.16.1", 27910, "34", "Fav")}, {});
+        r.addFavorite(QStringLiteral("127.0.16.1"));
+        quint16 port;
+        {
+            QTcpServer probe;
+            probe.listen(QHostAddress::LocalHost);
+            port = probe.serverPort();
+        }
+        r.window->Text1->setEditText(QStringLiteral("http://127.0.0.1:%1/quake2/gamespy.txt").arg(port));
+        r.env.prompts.answers = {true};
+        QTest::mouseClick(r.window->Command2, Qt::LeftButton);
+        QCOMPARE(r.env.prompts.texts(), (QStringList{QStringLiteral("problem getting list of server"),
+                                                     QStringLiteral("Do you want to continue trying favorites?")}));
+        QCOMPARE(r.rows().size(), 1);
+        QCOMPARE(r.window->Statusbar->text(), QStringLiteral("Done..."));
+    }
+
+    void noIcmpIsReportedOnce()
+    {
+        struct NoEcho : EchoService {
+            int sendEcho(qint32, const QByteArray &, int, int, EchoReply &reply) override
+            {
+                reply.Status = 11050;
+                return 0;
+            }
+            QString unavailableReason() override { return QStringLiteral("no ICMP here: net.ipv4.ping_group_range"); }
+        } noEcho;
+        Refresh r({}, {});
+        Seams::setEcho(&noEcho);
+        r.addFavorite(QStringLiteral("127.0.17.1"));
+        r.addFavorite(QStringLiteral("127.0.17.2"));
+        QTest::mouseClick(r.window->Command8, Qt::LeftButton);
+        QTest::mouseClick(r.window->Command8, Qt::LeftButton);
+        QCOMPARE(r.env.prompts.texts(), QStringList{QStringLiteral("no ICMP here: net.ipv4.ping_group_range")});
+        QCOMPARE(r.log(), (QStringList{QStringLiteral("Reply from 127.0.17.1: Failed code = 11050"),
+                                       QStringLiteral("Reply from 127.0.17.2: Failed code = 11050")}));
+    }
+};
+
+QTEST_MAIN(TestRefresh)
 #include "tst_refresh.moc"
