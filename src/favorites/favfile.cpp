@@ -2,7 +2,13 @@
 
 #include "shell/wiretext.h"
 
-#include <QSaveFile>
+#include <QFileInfo>
+#include <QTemporaryFile>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <unistd.h>
 
 QStringList SplitLines(const QString &text)
 {
@@ -32,15 +38,30 @@ QByteArray CrLfLines(const QStringList &lines)
     return bytes;
 }
 
+// QSaveFile is not enough here: on a full disk it can commit a short file
+// (a partial write is not reported), so the size on disk is checked before the rename.
 bool WriteFileAtomically(const QString &path, const QByteArray &bytes, QString *error)
 {
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
+    const QFileInfo target(path);
+    QTemporaryFile temp(target.absolutePath() + u'/' + target.fileName() + QStringLiteral(".XXXXXX"));
+    const auto fail = [&](const QString &why) {
         if (error)
-            *error = file.errorString();
-        file.cancelWriting();
+            *error = why;
         return false;
-    }
+    };
+    if (!temp.open())
+        return fail(temp.errorString());
+    const bool written = temp.write(bytes) == bytes.size() && temp.flush() && temp.size() == bytes.size()
+        && ::fsync(temp.handle()) == 0;
+    if (!written)
+        return fail(temp.error() != QFileDevice::NoError ? temp.errorString()
+                                                         : QStringLiteral("the disk is full or the file too large"));
+    temp.setPermissions(target.exists() ? QFile::permissions(path)
+                                        : QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther);
+    temp.close();
+    if (::rename(QFile::encodeName(temp.fileName()).constData(), QFile::encodeName(path).constData()) != 0)
+        return fail(QString::fromLocal8Bit(std::strerror(errno)));
+    temp.setAutoRemove(false);
     return true;
 }
 

@@ -11,7 +11,7 @@
 
 using namespace Qt::StringLiterals;
 
-frmAddFav::frmAddFav(frmFavorites *owner) : QDialog(owner), owner_(owner)
+frmAddFav::frmAddFav(frmFavorites *owner) : QWidget(owner, Qt::Dialog), owner_(owner)
 {
     setObjectName(u"frmAddFav"_s);
     setWindowTitle(u"Add Favorite"_s);
@@ -61,11 +61,6 @@ void frmAddFav::cmdCancel_Click()
     close();
 }
 
-void frmAddFav::reject()
-{
-    close();
-}
-
 void frmAddFav::closeEvent(QCloseEvent *event)
 {
     if (!answered_) {
@@ -73,5 +68,5 @@ void frmAddFav::closeEvent(QCloseEvent *event)
         if (windowTitle().contains(u"Modify"_s))
             owner_->addEntry(Mod().favOrigServer, Mod().favOrigDesc);
     }
-    QDialog::closeEvent(event);
+    QWidget::closeEvent(event);
 }

@@ -1,5 +1,5 @@
 #pragma once
-#include <QDialog>
+#include <QWidget>
 
 class QLabel;
 class QLineEdit;
@@ -8,7 +8,7 @@ class frmFavorites;
 
 // Edits one favorite, modally. Its title tells the two modes apart:
 // "Add Favorite" or "Modify Favorite".
-class frmAddFav : public QDialog {
+class frmAddFav : public QWidget {
     Q_OBJECT
 public:
     explicit frmAddFav(frmFavorites *owner);
@@ -21,7 +21,6 @@ public:
     void cmdCancel_Click();
 
 protected:
-    void reject() override;
     // Closing by the window's own control counts as Cancel.
     void closeEvent(QCloseEvent *event) override;
 

@@ -28,8 +28,10 @@ int VbList::AddItem(const QString &text)
 
 void VbList::RemoveItem(int row)
 {
-    if (row >= 0 && row < count())
-        delete takeItem(row);
+    if (row < 0 || row >= count())
+        return;
+    delete takeItem(row);
+    SetListIndex(-1);  // as a list box does: removing a row leaves nothing selected
 }
 
 void VbList::Clear() { clear(); }

@@ -5,6 +5,9 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <csignal>
+#include <sys/resource.h>
+
 class TestFavFile : public QObject {
     Q_OBJECT
 private slots:
@@ -44,12 +47,31 @@ private slots:
             QVERIFY(!error.isEmpty());
         }
         QFile::setPermissions(dir.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        {
+            // A full disk: no file may grow past 4 bytes, whoever we are.
+            std::signal(SIGXFSZ, SIG_IGN);
+            rlimit limit{};
+            getrlimit(RLIMIT_FSIZE, &limit);
+            const rlim_t previous = limit.rlim_cur;
+            limit.rlim_cur = 4;
+            setrlimit(RLIMIT_FSIZE, &limit);
+            const bool ok = WriteFileAtomically(path, "a longer new file\r\n", &error);
+            limit.rlim_cur = previous;
+            setrlimit(RLIMIT_FSIZE, &limit);
+            QVERIFY(!ok);
+            QVERIFY(!error.isEmpty());
+        }
         // A path whose folder does not exist fails cleanly too.
         QVERIFY(!WriteFileAtomically(dir.filePath(QStringLiteral("missing/x.fav")), "new", &error));
         QFile file(path);
         QVERIFY(file.open(QIODevice::ReadOnly));
         QCOMPARE(file.readAll(), QByteArray("old\r\nfile\r\n"));
         QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList{FavFile::kName});  // no leftovers
+        QVERIFY(WriteFileAtomically(path, "new\r\n", &error));
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList{FavFile::kName});
+        QFile again(path);
+        QVERIFY(again.open(QIODevice::ReadOnly));
+        QCOMPARE(again.readAll(), QByteArray("new\r\n"));
     }
 };
 

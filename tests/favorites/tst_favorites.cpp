@@ -1,4 +1,257 @@
+#include "support/testsupport.h"
+
+#include "favorites/frmaddfav.h"
+#include "favorites/frmfavorites.h"
+#include "probes/address.h"
+#include "shell/frmpulsebox.h"
+#include "shell/pulseboxmod.h"
+#include "shell/serverrow.h"
+#include "shell/vblist.h"
+
+#include <QAction>
+#include <QFile>
+#include <QLineEdit>
+#include <QPushButton>
 #include <QtTest>
-class T : public QObject { Q_OBJECT };
-QTEST_MAIN(T)
+
+namespace {
+QByteArray readFile(const QString &name)
+{
+    QFile file(name);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
+}
+
+void writeFile(const QString &name, const QByteArray &bytes)
+{
+    QFile file(name);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+}
+
+// A row of the main list with its record, as a refresh leaves it.
+void addServer(frmPulsebox &w, const char *address, int port, const QString &hostName, bool favorite)
+{
+    ServerRec rec;
+    rec.Address = DottedToAddress(QLatin1String(address));
+    rec.Port = port;
+    if (!hostName.isNull())
+        rec.HostName = ServerRow::pad(hostName, 50);
+    rec.IsFavorite = favorite;
+    const int index = Mod().appendServer(rec);
+    const QString row = ServerRow::format(10 + index, favorite, QLatin1String(address), hostName, {}, {}, {});
+    w.List1->SetItemData(w.List1->AddItem(row), index);
+}
+
+frmFavorites *openEditor(frmPulsebox &w)
+{
+    w.mnuFavorites->trigger();
+    return w.findChild<frmFavorites *>(QStringLiteral("frmFavorites"));
+}
+
+frmAddFav *openDialog(frmFavorites *editor)
+{
+    return editor->findChild<frmAddFav *>(QStringLiteral("frmAddFav"));
+}
+
+void selectRow(VbList *list, int row) { list->SetListIndex(row); }
+
+QStringList linkedDescriptions(const VbList *addresses, const VbList *descriptions)
+{
+    QStringList texts;
+    for (int i = 0; i < addresses->ListCount(); ++i)
+        texts << descriptions->List(addresses->ItemData(i));
+    return texts;
+}
+
+const QByteArray kThree = "1.1.1.1:27910\r\nFirst\r\n2.2.2.2\r\nSecond\r\nhost.example:27911\r\nThird  \r\n";
+}
+
+class TestFavorites : public QObject {
+    Q_OBJECT
+private slots:
+    void addToFavoritesWritesTheFile()
+    {
+        TestEnvironment env;
+        auto w = newMainWindow();
+        addServer(*w, "127.0.18.1", 27910, QStringLiteral("Pulse Arena"), false);
+        addServer(*w, "127.0.18.2", 0, QString(), false);
+        addServer(*w, "127.0.18.3", 27910, QStringLiteral("Fav"), true);
+
+        w->cmAddFav_Click();
+        QCOMPARE(env.prompts.texts(), QStringList{QStringLiteral("Pick a server from the list first.")});
+        QCOMPARE(env.prompts.shown[0].title, QStringLiteral("Pulsebox"));
+
+        selectRow(w->List1, 0);
+        w->cmAddFav_Click();
+        const QByteArray first = "127.0.18.1:27910\r\nPulse Arena" + QByteArray(39, ' ') + "\r\n";
+        QCOMPARE(readFile(QStringLiteral("Pulsebox.fav")), first);
+        selectRow(w->List1, 1);
+        w->cmAddFav_Click();
+        const QByteArray second = "127.0.18.2\r\n" + QByteArray(50, '\0') + "\r\n";
+        QCOMPARE(readFile(QStringLiteral("Pulsebox.fav")), first + second);
+        w->cmAddFav_Click();  // no mark on the row: the same server again
+        QCOMPARE(readFile(QStringLiteral("Pulsebox.fav")), first + second + second);
+
+        selectRow(w->List1, 2);
+        w->cmAddFav_Click();
+        QCOMPARE(env.prompts.texts().last(), QStringLiteral("Already a Favorite"));
+        QCOMPARE(w->lbFav->Texts(), (QStringList{QStringLiteral("127.0.18.1:27910"), QStringLiteral("127.0.18.2"),
+                                                 QStringLiteral("127.0.18.2")}));
+        QCOMPARE(linkedDescriptions(w->lbFav, w->lbFavDesc),
+                 (QStringList{ServerRow::pad(QStringLiteral("Pulse Arena"), 50), QString(50, QChar(0)), QString(50, QChar(0))}));
+
+        // A write that fails (a full disk) leaves the file and the lists as they were.
+        selectRow(w->List1, 0);
+        {
+            FileSizeLimit full(10);
+            w->cmAddFav_Click();
+        }
+        QVERIFY(env.prompts.texts().last().startsWith(QStringLiteral("Could not save the favorites to Pulsebox.fav")));
+        QCOMPARE(readFile(QStringLiteral("Pulsebox.fav")), first + second + second);
+        QCOMPARE(w->lbFav->ListCount(), 3);
+    }
+
+    void loadEditAndClose()
+    {
+        TestEnvironment env;
+        writeFile(QStringLiteral("Pulsebox.fav"), kThree);
+        auto w = newMainWindow();
+        w->loadFavorites();
+        QCOMPARE(w->lbFavDesc->Texts(), (QStringList{QStringLiteral("First"), QStringLiteral("Second"), QStringLiteral("Third  ")}));
+
+        frmFavorites *editor = openEditor(*w);
+        QVERIFY(editor && editor->isVisible());
+        QCOMPARE(editor->windowTitle(), QStringLiteral("Favorites"));
+        QCOMPARE(editor->List1->Texts(), w->lbFav->Texts());
+        QVERIFY(editor->List2->isHidden());
+
+        selectRow(editor->List1, 1);
+        QTest::mouseClick(editor->Delete, Qt::LeftButton);  // the second of three
+
+        selectRow(editor->List1, 0);
+        QTest::mouseClick(editor->cmModify, Qt::LeftButton);
+        frmAddFav *dialog = openDialog(editor);
+        QVERIFY(dialog && dialog->isVisible() && dialog->isWindowModified() == false && dialog->windowModality() == Qt::ApplicationModal);
+        QCOMPARE(dialog->windowTitle(), QStringLiteral("Modify Favorite"));
+        QCOMPARE(dialog->cmdAdd->text(), QStringLiteral("Save"));
+        QCOMPARE(dialog->txtServer->text(), QStringLiteral("1.1.1.1:27910"));
+        QCOMPARE(dialog->txtServerDesc->text(), QStringLiteral("First"));
+        dialog->txtServer->setText(QStringLiteral(" 1.1.1.1:27999 "));
+        QTest::mouseClick(dialog->cmdAdd, Qt::LeftButton);
+        QTRY_VERIFY(!openDialog(editor));
+
+        selectRow(editor->List1, 0);  // the third one, now first
+        QTest::mouseClick(editor->cmModify, Qt::LeftButton);
+        dialog = openDialog(editor);
+        QCOMPARE(dialog->txtServerDesc->text(), QStringLiteral("Third  "));
+        dialog->txtServer->setText(QStringLiteral("changed and dropped"));
+        QTest::mouseClick(dialog->cmdCancel, Qt::LeftButton);
+        QTRY_VERIFY(!openDialog(editor));
+
+        QCOMPARE(editor->List1->Texts(), (QStringList{QStringLiteral(" 1.1.1.1:27999 "), QStringLiteral("host.example:27911")}));
+        QTest::mouseClick(editor->cmClose, Qt::LeftButton);
+        QTRY_VERIFY(!w->findChild<frmFavorites *>(QStringLiteral("frmFavorites")));
+        QCOMPARE(readFile(QStringLiteral("Pulsebox.fav")),
+                 QByteArray(" 1.1.1.1:27999 \r\nFirst\r\nhost.example:27911\r\nThird  \r\n"));
+        QCOMPARE(w->lbFav->Texts(), (QStringList{QStringLiteral(" 1.1.1.1:27999 "), QStringLiteral("host.example:27911")}));
+        QCOMPARE(linkedDescriptions(w->lbFav, w->lbFavDesc), (QStringList{QStringLiteral("First"), QStringLiteral("Third  ")}));
+    }
+
+    void addManuallyAndDialogClosedByItsWindowControl()
+    {
+        TestEnvironment env;
+        writeFile(QStringLiteral("Pulsebox.fav"), kThree);
+        auto w = newMainWindow();
+        w->loadFavorites();
+        frmFavorites *editor = openEditor(*w);
+        QTest::mouseClick(editor->Manually, Qt::LeftButton);
+        frmAddFav *dialog = openDialog(editor);
+        QCOMPARE(dialog->windowTitle(), QStringLiteral("Add Favorite"));
+        QCOMPARE(dialog->cmdAdd->text(), QStringLiteral("Add"));
+        QCOMPARE(dialog->txtServerDesc->maxLength(), 50);
+        QTest::keyClicks(dialog->txtServer, QStringLiteral("9.9.9.9:27910"));
+        QTest::keyClicks(dialog->txtServerDesc, QString(60, u'd'));
+        QTest::mouseClick(dialog->cmdAdd, Qt::LeftButton);
+        QTRY_VERIFY(!openDialog(editor));
+
+        selectRow(editor->List1, 0);
+        QTest::mouseClick(editor->cmModify, Qt::LeftButton);
+        openDialog(editor)->close();  // the window's own close control: acts as Cancel
+        QTRY_VERIFY(!openDialog(editor));
+        QCOMPARE(editor->List1->Texts(), (QStringList{QStringLiteral("2.2.2.2"), QStringLiteral("host.example:27911"),
+                                                      QStringLiteral("9.9.9.9:27910"), QStringLiteral("1.1.1.1:27910")}));
+        QCOMPARE(linkedDescriptions(editor->List1, editor->List2),
+                 (QStringList{QStringLiteral("Second"), QStringLiteral("Third  "), QString(50, u'd'), QStringLiteral("First")}));
+        QTest::mouseClick(editor->Delete, Qt::LeftButton);  // nothing selected: nothing happens
+        QCOMPARE(editor->List1->ListCount(), 4);
+    }
+
+    void cancelKeepsFileAndLists()
+    {
+        TestEnvironment env;
+        writeFile(QStringLiteral("Pulsebox.fav"), kThree);
+        auto w = newMainWindow();
+        w->loadFavorites();
+        frmFavorites *editor = openEditor(*w);
+        for (int i = 0; i < 3; ++i) {
+            selectRow(editor->List1, 0);
+            QTest::mouseClick(editor->Delete, Qt::LeftButton);
+        }
+        QTest::mouseClick(editor->Cancel, Qt::LeftButton);
+        QTRY_VERIFY(!w->findChild<frmFavorites *>(QStringLiteral("frmFavorites")));
+        QCOMPARE(readFile(QStringLiteral("Pulsebox.fav")), kThree);
+        QCOMPARE(w->lbFav->ListCount(), 3);
+
+        editor = openEditor(*w);  // Close with nothing left: an empty file
+        for (int i = 0; i < 3; ++i) {
+            selectRow(editor->List1, 0);
+            QTest::mouseClick(editor->Delete, Qt::LeftButton);
+        }
+        {
+            FileSizeLimit full(0);  // even an empty file is written whole or not at all
+            QTest::mouseClick(editor->cmClose, Qt::LeftButton);
+        }
+        QVERIFY(editor->isVisible() || readFile(QStringLiteral("Pulsebox.fav")).isEmpty());
+        if (editor->isVisible())
+            QTest::mouseClick(editor->cmClose, Qt::LeftButton);
+        QTRY_VERIFY(!w->findChild<frmFavorites *>(QStringLiteral("frmFavorites")));
+        QCOMPARE(readFile(QStringLiteral("Pulsebox.fav")), QByteArray());
+        QCOMPARE(w->lbFav->ListCount(), 0);
+        QCOMPARE(w->lbFavDesc->ListCount(), 0);
+    }
+
+    void failedCloseKeepsTheEditorOpen()
+    {
+        TestEnvironment env;
+        writeFile(QStringLiteral("Pulsebox.fav"), kThree);
+        auto w = newMainWindow();
+        w->loadFavorites();
+        frmFavorites *editor = openEditor(*w);
+        selectRow(editor->List1, 2);
+        QTest::mouseClick(editor->Delete, Qt::LeftButton);
+        {
+            FileSizeLimit full(8);
+            QTest::mouseClick(editor->cmClose, Qt::LeftButton);
+        }
+        QVERIFY(editor->isVisible());
+        QVERIFY(env.prompts.texts().last().contains(QStringLiteral("left as it was")));
+        QCOMPARE(readFile(QStringLiteral("Pulsebox.fav")), kThree);
+        QCOMPARE(w->lbFav->ListCount(), 3);
+        QTest::mouseClick(editor->cmClose, Qt::LeftButton);
+        QCOMPARE(w->lbFav->ListCount(), 2);
+    }
+
+    void oddAndDamagedFilesLoad()
+    {
+        TestEnvironment env;
+        writeFile(QStringLiteral("Pulsebox.fav"), QByteArray("a\r\nA\r\nb"));
+        auto w = newMainWindow();
+        w->loadFavorites();
+        QCOMPARE(w->lbFav->Texts(), (QStringList{QStringLiteral("a"), QStringLiteral("b")}));
+        QCOMPARE(linkedDescriptions(w->lbFav, w->lbFavDesc), (QStringList{QStringLiteral("A"), QString()}));
+        QCOMPARE(w->lbFav->ItemData(1), 1);
+    }
+};
+
+QTEST_MAIN(TestFavorites)
 #include "tst_favorites.moc"

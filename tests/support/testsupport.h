@@ -71,3 +71,16 @@ struct TestEnvironment {
 
 // The main window without its start-up wait, shown offscreen.
 std::unique_ptr<frmPulsebox> newMainWindow();
+
+// While it lives, no file may grow past `bytes`: writes beyond fail with EFBIG,
+// as on a full disk, even for root.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(long bytes);
+    ~FileSizeLimit();
+    FileSizeLimit(const FileSizeLimit &) = delete;
+    FileSizeLimit &operator=(const FileSizeLimit &) = delete;
+
+private:
+    unsigned long previous_;
+};
