@@ -1,4 +1,180 @@
+#include "support/testsupport.h"
+
+#include "favorites/favfile.h"
+#include "launch/frmsettings.h"
+#include "probes/address.h"
+#include "shell/frmpulsebox.h"
+#include "shell/pulseboxmod.h"
+#include "shell/serverrow.h"
+#include "shell/vblist.h"
+
+#include <QAction>
+#include <QDir>
+#include <QFile>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
 #include <QtTest>
-class T : public QObject { Q_OBJECT };
-QTEST_MAIN(T)
+
+namespace {
+QByteArray readFile(const QString &name)
+{
+    QFile file(name);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
+}
+
+void touch(const QString &path, const QByteArray &bytes = {})
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+}
+
+frmSettings *openSettings(frmPulsebox &w)
+{
+    w.mnuSettings->trigger();
+    return w.findChild<frmSettings *>(QStringLiteral("frmSettings"));
+}
+
+void addServer(frmPulsebox &w, const char *address, int port)
+{
+    ServerRec rec;
+    rec.Address = DottedToAddress(QLatin1String(address));
+    rec.Port = port;
+    const int index = Mod().appendServer(rec);
+    w.List1->SetItemData(w.List1->AddItem(QStringLiteral("010 - %1").arg(index)), index);
+}
+}
+
+class TestLaunch : public QObject {
+    Q_OBJECT
+private slots:
+    void settingsCheckAndSave()
+    {
+        TestEnvironment env;
+        auto w = newMainWindow();
+        const QString game = env.dir.filePath(QStringLiteral("games/Quake2.exe"));
+        QDir(env.dir.path()).mkdir(QStringLiteral("games"));
+        touch(game);
+        touch(env.dir.filePath(QStringLiteral("games/yquake2")));
+
+        frmSettings *settings = openSettings(*w);
+        QVERIFY(settings && settings->isVisible());
+        QCOMPARE(settings->windowTitle(), QStringLiteral("Settings"));
+        QCOMPARE(settings->Label1->text(), QStringLiteral("Path to Quake 2"));
+        QVERIFY(settings->Text1->text().isEmpty());
+
+        for (const QString &bad : {env.dir.filePath(QStringLiteral("games/missing/quake2.exe")),
+                                   env.dir.filePath(QStringLiteral("games/yquake2")), QString()}) {
+            settings->Text1->setText(bad);
+            QTest::mouseClick(settings->Command1, Qt::LeftButton);
+            QCOMPARE(env.prompts.texts().last(), QStringLiteral("Didn't find QUAKE2.EXE"));
+            QVERIFY(settings->isVisible());
+            QVERIFY(!QFile::exists(QStringLiteral("Pulsebox.cfg")));
+        }
+        QCOMPARE(env.prompts.shown.size(), 3);
+
+        settings->Text1->setText(QStringLiteral("  ") + game + QStringLiteral(" "));
+        QTest::mouseClick(settings->Command1, Qt::LeftButton);
+        QTRY_VERIFY(!w->findChild<frmSettings *>(QStringLiteral("frmSettings")));
+        QCOMPARE(readFile(QStringLiteral("Pulsebox.cfg")), "  " + game.toLocal8Bit() + " \r\n");
+        QCOMPARE(Mod().GamePath, game);
+
+        settings = openSettings(*w);  // opens with the line as stored; Cancel changes nothing
+        QCOMPARE(settings->Text1->text(), QStringLiteral("  ") + game + QStringLiteral(" "));
+        settings->Text1->setText(QStringLiteral("whatever"));
+        QTest::mouseClick(settings->Command2, Qt::LeftButton);
+        QCOMPARE(Mod().GamePath, game);
+        QCOMPARE(readFile(QStringLiteral("Pulsebox.cfg")), "  " + game.toLocal8Bit() + " \r\n");
+    }
+
+    void startUpReadsBothFiles()
+    {
+        TestEnvironment env;
+        const QString game = env.dir.filePath(QStringLiteral("QUAKE2.EXE"));
+        touch(game);
+        touch(QStringLiteral("Pulsebox.cfg"), game.toLocal8Bit() + "\r\nignored\r\n");
+        touch(QStringLiteral("Pulsebox.fav"), "1.2.3.4\r\nOne\r\n");
+        {
+            frmPulsebox w;
+            w.Form_Load();
+            QCOMPARE(Mod().GamePath, game);
+            QCOMPARE(w.lbFav->Texts(), QStringList{QStringLiteral("1.2.3.4")});
+        }
+        // Leading blanks are part of the path that must exist, so this line does not qualify.
+        Mod() = PulseboxMod{};
+        touch(QStringLiteral("Pulsebox.cfg"), " " + game.toLocal8Bit() + "\r\n");
+        frmPulsebox w;
+        w.readConfiguration();
+        QVERIFY(Mod().GamePath.isEmpty());
+    }
+
+    void launchStartsTheGameInItsFolder()
+    {
+        TestEnvironment env;
+        auto w = newMainWindow();
+        addServer(*w, "127.0.0.2", 27910);
+        addServer(*w, "127.0.0.3", 0);
+        Mod().GamePath = QStringLiteral("/games/q2/quake2.exe");
+        env.prompts.answers = {true, true};
+        const QPoint firstRow = w->List1->visualItemRect(w->List1->item(0)).center();
+        QTest::mouseClick(w->List1->viewport(), Qt::LeftButton, {}, firstRow);
+        QTest::mouseDClick(w->List1->viewport(), Qt::LeftButton, {}, firstRow);
+        w->List1->SetListIndex(1);
+        w->List1_DblClick();
+        QCOMPARE(env.prompts.shown.size(), 2);
+        QCOMPARE(env.prompts.shown[0].text, QStringLiteral("Launch to Server?"));
+        QCOMPARE(env.prompts.shown[0].title, QStringLiteral("Launch?"));
+        QCOMPARE(env.starter.started.size(), 2);
+        const QStringList common{QStringLiteral("+set"), QStringLiteral("basedir"), QStringLiteral("/games/q2/"),
+                                 QStringLiteral("+connect")};
+        QCOMPARE(env.starter.started[0].program, QStringLiteral("/games/q2/quake2.exe"));
+        QCOMPARE(env.starter.started[0].arguments, common + QStringList{QStringLiteral("127.0.0.2:27910")});
+        QCOMPARE(env.starter.started[0].workingFolder, QStringLiteral("/games/q2/"));
+        QCOMPARE(env.starter.started[1].arguments, common + QStringList{QStringLiteral("127.0.0.3:0")});
+
+        // The program's own files stay in the folder it started in.
+        QCOMPARE(QDir::currentPath(), QDir(env.dir.path()).canonicalPath());
+        w->List1->SetListIndex(0);
+        w->cmAddFav_Click();
+        QVERIFY(QFile::exists(env.dir.filePath(FavFile::kName)));
+    }
+
+    void launchRefusals()
+    {
+        TestEnvironment env;
+        auto w = newMainWindow();
+        w->List1_DblClick();
+        QCOMPARE(env.prompts.texts(), QStringList{QStringLiteral("Pick a server from the list first.")});
+        addServer(*w, "127.0.0.2", 27910);
+        w->List1->SetListIndex(0);
+
+        Mod().GamePath = QStringLiteral("   ");
+        w->List1_DblClick();
+        QCOMPARE(env.prompts.shown.last().text,
+                 QStringLiteral("Your Quake 2 path isn't set.  Go to Options/Settings to set your Quake 2 path"));
+        QCOMPARE(env.prompts.shown.last().title, QStringLiteral("Lauch Aborted"));
+
+        Mod().GamePath = QStringLiteral("/quake2.exe");
+        w->List1_DblClick();
+        QCOMPARE(env.prompts.shown.last().text, QStringLiteral("Bad Path to Quake 2"));
+        QCOMPARE(env.prompts.shown.last().title, QStringLiteral("Pulsebox"));
+
+        Mod().GamePath = QStringLiteral("C:\\QUAKE2\\QUAKE2.EXE");
+        env.prompts.answers = {false};
+        w->List1_DblClick();
+        QCOMPARE(env.prompts.shown.last().title, QStringLiteral("Launch?"));
+        QVERIFY(env.starter.started.isEmpty());
+
+        env.prompts.answers = {true};
+        env.starter.fail = true;
+        w->List1_DblClick();
+        QCOMPARE(env.starter.started.size(), 1);
+        QCOMPARE(env.starter.started[0].arguments[2], QStringLiteral("C:\\QUAKE2\\"));
+        QVERIFY(env.prompts.shown.last().text.startsWith(QStringLiteral("Could not start C:\\QUAKE2\\QUAKE2.EXE")));
+        QVERIFY(w->isVisible());
+    }
+};
+
+QTEST_MAIN(TestLaunch)
 #include "tst_launch.moc"
