@@ -126,7 +126,7 @@ private slots:
         const QList<std::pair<QByteArray, QString>> cases{
             {QByteArray(1, '\xff'), QStringLiteral("Malformed data returned")},
             {QByteArray(65000, 'z'), QStringLiteral("Malformed data returned")},
-            {QByteArray("\xff\xff\xff\xffinfo\n\0\0name\0 map 1/2", 27), QStringLiteral("name map 1/2")},
+            {QByteArray("\xff\xff\xff\xffinfo\n\0\0name\0 map 1/2", 24), QStringLiteral("name map 1/2")},
             {QByteArray("\n\x80\x81\xfe\xff"), WireText::fromBytes("\x80\x81\xfe\xff")},
             {QByteArray("\xff\xff\xff\xffprint\nno pairs\n"), QStringLiteral("no pairs")},
         };
