@@ -15,6 +15,7 @@ frmAddFav::frmAddFav(frmFavorites *owner) : QWidget(owner, Qt::Dialog), owner_(o
 {
     setObjectName(u"frmAddFav"_s);
     setWindowTitle(u"Add Favorite"_s);
+    Twips::applyDesignLook(this);
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowModality(Qt::ApplicationModal);
     setFixedSize(Twips::size(3345, 1845));

@@ -19,6 +19,7 @@ QPushButton *button(QWidget *parent, const char *name, const QString &caption, Q
     b->setObjectName(QLatin1String(name));
     b->setGeometry(geometry);
     b->setAccessibleName(caption);
+    Twips::fitCaption(b, caption);
     return b;
 }
 }
@@ -27,6 +28,7 @@ frmFavorites::frmFavorites(frmPulsebox *main) : QWidget(main, Qt::Window), main_
 {
     setObjectName(u"frmFavorites"_s);
     setWindowTitle(u"Favorites"_s);
+    Twips::applyDesignLook(this);
     setAttribute(Qt::WA_DeleteOnClose);
     setFixedSize(Twips::size(4380, 3765));
     List1 = new VbList(false, this);

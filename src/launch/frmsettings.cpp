@@ -19,6 +19,7 @@ frmSettings::frmSettings(QWidget *owner) : QDialog(owner)
 {
     setObjectName(u"frmSettings"_s);
     setWindowTitle(u"Settings"_s);
+    Twips::applyDesignLook(this);
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowModality(Qt::ApplicationModal);
     setFixedSize(Twips::size(4050, 1845));

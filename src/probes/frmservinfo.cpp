@@ -11,6 +11,7 @@ frmServinfo::frmServinfo(const QString &text, QWidget *parent)
     : QDialog(parent, Qt::Tool | Qt::CustomizeWindowHint)
 {
     setObjectName(u"frmServinfo"_s);
+    Twips::applyDesignLook(this);
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowModality(Qt::ApplicationModal);
     setFixedSize(Twips::size(6120, 4755));

@@ -9,6 +9,7 @@ using namespace Qt::StringLiterals;
 frmsrvpop::frmsrvpop(QWidget *parent) : QWidget(parent, Qt::Tool)
 {
     setObjectName(u"frmsrvpop"_s);
+    Twips::applyDesignLook(this);
     Text1 = new QPlainTextEdit(this);
     Text1->setObjectName(u"Text1"_s);
     Text1->setReadOnly(true);

@@ -26,7 +26,6 @@ QLabel *label(QWidget *client, const char *name, const QString &caption, QRect g
 {
     auto *l = new QLabel(caption, client);
     l->setObjectName(QLatin1String(name));
-    l->setGeometry(geometry);
     l->setAlignment(align | Qt::AlignVCenter);
     l->setAccessibleName(caption);
     if (bold) {
@@ -34,6 +33,15 @@ QLabel *label(QWidget *client, const char *name, const QString &caption, QRect g
         font.setBold(true);
         l->setFont(font);
     }
+    // A caption wider than its designed box (the system's fonts are wider than the
+    // design's) grows away from the control it captions rather than being cut.
+    const int missing = l->sizeHint().width() - geometry.width();
+    if (missing > 0 && !caption.isEmpty()) {
+        geometry.setWidth(geometry.width() + missing);
+        if (align & Qt::AlignRight)
+            geometry.translate(-std::min(missing, geometry.left()), 0);
+    }
+    l->setGeometry(geometry);
     return l;
 }
 
@@ -87,6 +95,7 @@ frmPulsebox::frmPulsebox(QWidget *parent) : QMainWindow(parent)
 {
     setObjectName(u"frmPulsebox"_s);
     setWindowTitle(u"Pulsebox Server Kit"_s);
+    Twips::applyDesignLook(this);
     auto *client = new QWidget(this);
     client->setObjectName(u"client"_s);
     client->setFixedSize(Twips::size(10110, 6765));
@@ -109,6 +118,7 @@ QPushButton *frmPulsebox::button(QWidget *client, const char *name, const QStrin
     b->setToolTip(tip);
     b->setEnabled(enabled);
     b->setAccessibleName(caption);
+    Twips::fitCaption(b, caption);
     return b;
 }
 
