@@ -56,25 +56,21 @@ bool SaveFavoritesFile(const QByteArray &bytes)
 
 void frmPulsebox::cmAddFav_Click()
 {
-    const int row = List1->ListIndex();
-    const int k = row < 0 ? 0 : List1->ItemData(row);
-    if (k < 1 || k > Mod().ServerCount) {
-        Seams::prompts().message(u"Pick a server from the list first."_s, AppTitle);
+    const ServerRec *rec = selectedServer();
+    if (!rec)
         return;
-    }
-    if (List1->List(row).mid(5, 1) == u"*"_s) {
+    if (List1->List(List1->ListIndex()).mid(5, 1) == u"*"_s) {
         Seams::prompts().message(u"Already a Favorite"_s, AppTitle);
         return;
     }
-    const ServerRec &rec = Mod().Servers[static_cast<size_t>(k)];
-    QString address = AddressToDotted(rec.Address);
-    if (rec.Port != 0)
-        address += u':' + QString::number(rec.Port);
+    QString address = AddressToDotted(rec->Address);
+    if (rec->Port != 0)
+        address += u':' + QString::number(rec->Port);
 
     const auto existing = readFavoritesFile();
-    if (!existing || !SaveFavoritesFile(*existing + FavFile::serialize({{address, rec.HostName}})))
+    if (!existing || !SaveFavoritesFile(*existing + FavFile::serialize({{address, rec->HostName}})))
         return;
-    appendFavorite(address, rec.HostName);
+    appendFavorite(address, rec->HostName);
 }
 
 void frmPulsebox::mnuFavorites_Click()

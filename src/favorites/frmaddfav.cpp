@@ -1,6 +1,7 @@
 #include "favorites/frmaddfav.h"
 
 #include "favorites/frmfavorites.h"
+#include "shell/controls.h"
 #include "shell/pulseboxmod.h"
 #include "shell/twips.h"
 
@@ -15,33 +16,17 @@ frmAddFav::frmAddFav(frmFavorites *owner) : QWidget(owner, Qt::Dialog), owner_(o
 {
     setObjectName(u"frmAddFav"_s);
     setWindowTitle(u"Add Favorite"_s);
-    Twips::applyDesignLook(this);
+    Controls::applyDesignLook(this);
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowModality(Qt::ApplicationModal);
     setFixedSize(Twips::size(3345, 1845));
-    txtServer = new QLineEdit(this);
-    txtServer->setObjectName(u"txtServer"_s);
-    txtServer->setGeometry(Twips::rect(120, 240, 3135, 375));
-    txtServerDesc = new QLineEdit(this);
-    txtServerDesc->setObjectName(u"txtServerDesc"_s);
-    txtServerDesc->setGeometry(Twips::rect(120, 840, 3135, 375));
+    lblServer = Controls::label(this, "lblServer", u"Server (IP:Port)"_s, Twips::rect(120, 0, 1215, 255));
+    lblServerDesc = Controls::label(this, "lblServerDesc", u"Server Description"_s, Twips::rect(120, 600, 1455, 255));
+    txtServer = Controls::textBox(this, "txtServer", Twips::rect(120, 240, 3135, 375), lblServer->text());
+    txtServerDesc = Controls::textBox(this, "txtServerDesc", Twips::rect(120, 840, 3135, 375), lblServerDesc->text());
     txtServerDesc->setMaxLength(50);
-    lblServer = new QLabel(u"Server (IP:Port)"_s, this);
-    lblServer->setObjectName(u"lblServer"_s);
-    lblServer->setGeometry(Twips::rect(120, 0, 1215, 255));
-    lblServerDesc = new QLabel(u"Server Description"_s, this);
-    lblServerDesc->setObjectName(u"lblServerDesc"_s);
-    lblServerDesc->setGeometry(Twips::rect(120, 600, 1455, 255));
-    txtServer->setAccessibleName(lblServer->text());
-    txtServerDesc->setAccessibleName(lblServerDesc->text());
-    cmdAdd = new QPushButton(u"Add"_s, this);
-    cmdAdd->setObjectName(u"cmdAdd"_s);
-    cmdAdd->setGeometry(Twips::rect(120, 1320, 975, 495));
-    cmdAdd->setAccessibleName(u"Add"_s);
-    cmdCancel = new QPushButton(u"Cancel"_s, this);
-    cmdCancel->setObjectName(u"cmdCancel"_s);
-    cmdCancel->setGeometry(Twips::rect(2280, 1320, 975, 495));
-    cmdCancel->setAccessibleName(u"Cancel"_s);
+    cmdAdd = Controls::button(this, "cmdAdd", u"Add"_s, Twips::rect(120, 1320, 975, 495));
+    cmdCancel = Controls::button(this, "cmdCancel", u"Cancel"_s, Twips::rect(2280, 1320, 975, 495));
     setTabOrder(txtServer, txtServerDesc);
     setTabOrder(txtServerDesc, cmdAdd);
     setTabOrder(cmdAdd, cmdCancel);

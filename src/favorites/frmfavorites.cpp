@@ -2,6 +2,7 @@
 
 #include "favorites/favfile.h"
 #include "favorites/frmaddfav.h"
+#include "shell/controls.h"
 #include "shell/frmpulsebox.h"
 #include "shell/pulseboxmod.h"
 #include "shell/twips.h"
@@ -12,34 +13,22 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-QPushButton *button(QWidget *parent, const char *name, const QString &caption, QRect geometry)
-{
-    auto *b = new QPushButton(caption, parent);
-    b->setObjectName(QLatin1String(name));
-    b->setGeometry(geometry);
-    b->setAccessibleName(caption);
-    Twips::fitCaption(b, caption);
-    return b;
-}
-}
-
 frmFavorites::frmFavorites(frmPulsebox *main) : QWidget(main, Qt::Window), main_(main)
 {
     setObjectName(u"frmFavorites"_s);
     setWindowTitle(u"Favorites"_s);
-    Twips::applyDesignLook(this);
+    Controls::applyDesignLook(this);
     setAttribute(Qt::WA_DeleteOnClose);
     setFixedSize(Twips::size(4380, 3765));
     List1 = new VbList(false, this);
     List1->setObjectName(u"List1"_s);
     List1->setGeometry(Twips::rect(180, 180, 3975, 2205));
     List1->setAccessibleName(u"Favorites"_s);
-    Delete = button(this, "Delete", u"Delete"_s, Twips::rect(180, 2880, 1275, 375));
-    Manually = button(this, "Manually", u"Add Manually"_s, Twips::rect(180, 2460, 1275, 375));
-    cmClose = button(this, "cmClose", u"Close"_s, Twips::rect(2880, 2880, 1275, 375));
-    Cancel = button(this, "Cancel", u"Cancel"_s, Twips::rect(2880, 3300, 1275, 375));
-    cmModify = button(this, "cmModify", u"Modify"_s, Twips::rect(180, 3300, 1275, 375));
+    Delete = Controls::button(this, "Delete", u"Delete"_s, Twips::rect(180, 2880, 1275, 375));
+    Manually = Controls::button(this, "Manually", u"Add Manually"_s, Twips::rect(180, 2460, 1275, 375));
+    cmClose = Controls::button(this, "cmClose", u"Close"_s, Twips::rect(2880, 2880, 1275, 375));
+    Cancel = Controls::button(this, "Cancel", u"Cancel"_s, Twips::rect(2880, 3300, 1275, 375));
+    cmModify = Controls::button(this, "cmModify", u"Modify"_s, Twips::rect(180, 3300, 1275, 375));
     List2 = new VbList(false, this);
     List2->setObjectName(u"List2"_s);
     List2->setGeometry(Twips::rect(1680, 2760, 855, 840));

@@ -4,6 +4,7 @@
 #include "launch/gamepath.h"
 #include "probes/address.h"
 #include "serverlist/urltext.h"
+#include "shell/controls.h"
 #include "shell/pulseboxmod.h"
 #include "shell/prompts.h"
 #include "shell/twips.h"
@@ -19,25 +20,14 @@ frmSettings::frmSettings(QWidget *owner) : QDialog(owner)
 {
     setObjectName(u"frmSettings"_s);
     setWindowTitle(u"Settings"_s);
-    Twips::applyDesignLook(this);
+    Controls::applyDesignLook(this);
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowModality(Qt::ApplicationModal);
     setFixedSize(Twips::size(4050, 1845));
-    Label1 = new QLabel(u"Path to Quake 2"_s, this);
-    Label1->setObjectName(u"Label1"_s);
-    Label1->setGeometry(Twips::rect(120, 180, 1335, 255));
-    Text1 = new QLineEdit(this);
-    Text1->setObjectName(u"Text1"_s);
-    Text1->setGeometry(Twips::rect(1560, 120, 2355, 315));
-    Text1->setAccessibleName(Label1->text());
-    Command1 = new QPushButton(u"OK"_s, this);
-    Command1->setObjectName(u"Command1"_s);
-    Command1->setGeometry(Twips::rect(60, 1380, 915, 375));
-    Command1->setAccessibleName(u"OK"_s);
-    Command2 = new QPushButton(u"Cancel"_s, this);
-    Command2->setObjectName(u"Command2"_s);
-    Command2->setGeometry(Twips::rect(3060, 1380, 915, 375));
-    Command2->setAccessibleName(u"Cancel"_s);
+    Label1 = Controls::label(this, "Label1", u"Path to Quake 2"_s, Twips::rect(120, 180, 1335, 255));
+    Text1 = Controls::textBox(this, "Text1", Twips::rect(1560, 120, 2355, 315), Label1->text());
+    Command1 = Controls::button(this, "Command1", u"OK"_s, Twips::rect(60, 1380, 915, 375));
+    Command2 = Controls::button(this, "Command2", u"Cancel"_s, Twips::rect(3060, 1380, 915, 375));
     setTabOrder(Text1, Command1);
     setTabOrder(Command1, Command2);
     connect(Command1, &QPushButton::clicked, this, &frmSettings::Command1_Click);

@@ -30,14 +30,8 @@ void frmPulsebox::mnuSettings_Click()
 
 void frmPulsebox::List1_DblClick()
 {
-    const int row = List1->ListIndex();
-    const int k = row < 0 ? 0 : List1->ItemData(row);
-    if (k < 1 || k > Mod().ServerCount) {
-        Seams::prompts().message(u"Pick a server from the list first."_s, AppTitle);
-        return;
-    }
-    const ServerRec &rec = Mod().Servers[static_cast<size_t>(k)];
-    launchGame(AddressToDotted(rec.Address) + u':' + QString::number(rec.Port), u"Launch to Server?"_s);
+    if (const ServerRec *rec = selectedServer())
+        launchGame(AddressToDotted(rec->Address) + u':' + QString::number(rec->Port), u"Launch to Server?"_s);
 }
 
 // The game gets its folder as working directory; the program's own current

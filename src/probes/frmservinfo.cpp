@@ -1,5 +1,6 @@
 #include "probes/frmservinfo.h"
 
+#include "shell/controls.h"
 #include "shell/twips.h"
 
 #include <QPlainTextEdit>
@@ -11,7 +12,7 @@ frmServinfo::frmServinfo(const QString &text, QWidget *parent)
     : QDialog(parent, Qt::Tool | Qt::CustomizeWindowHint)
 {
     setObjectName(u"frmServinfo"_s);
-    Twips::applyDesignLook(this);
+    Controls::applyDesignLook(this);
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowModality(Qt::ApplicationModal);
     setFixedSize(Twips::size(6120, 4755));
@@ -27,10 +28,7 @@ frmServinfo::frmServinfo(const QString &text, QWidget *parent)
     Text1->setFont(fixed);
     Text1->setPlainText(QString(text).replace(u"\r\n"_s, u"\n"_s));
     Text1->setAccessibleName(u"Server information"_s);
-    Command1 = new QPushButton(u"OK"_s, this);
-    Command1->setObjectName(u"Command1"_s);
-    Command1->setGeometry(Twips::rect(2580, 4260, 1035, 375));
-    Command1->setAccessibleName(u"OK"_s);
+    Command1 = Controls::button(this, "Command1", u"OK"_s, Twips::rect(2580, 4260, 1035, 375));
     Command1->setDefault(true);
     connect(Command1, &QPushButton::clicked, this, &QDialog::close);
     if (parent)

@@ -1,5 +1,6 @@
 #include "probes/frmsrvpop.h"
 
+#include "shell/controls.h"
 #include "shell/twips.h"
 
 #include <QPlainTextEdit>
@@ -9,7 +10,7 @@ using namespace Qt::StringLiterals;
 frmsrvpop::frmsrvpop(QWidget *parent) : QWidget(parent, Qt::Tool)
 {
     setObjectName(u"frmsrvpop"_s);
-    Twips::applyDesignLook(this);
+    Controls::applyDesignLook(this);
     Text1 = new QPlainTextEdit(this);
     Text1->setObjectName(u"Text1"_s);
     Text1->setReadOnly(true);

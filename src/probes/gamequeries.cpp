@@ -68,15 +68,11 @@ void frmPulsebox::dsSocket2_Error(int number, const QString &description)
 
 void frmPulsebox::Command6_Click()
 {
-    const int row = List1->ListIndex();
-    const int k = row < 0 ? 0 : List1->ItemData(row);
-    if (k < 1 || k > Mod().ServerCount) {
-        Seams::prompts().message(u"Pick a server from the list first."_s, AppTitle);
+    const ServerRec *rec = selectedServer();
+    if (!rec)
         return;
-    }
-    const ServerRec &rec = Mod().Servers[static_cast<size_t>(k)];
-    const QString address = AddressToDotted(rec.Address);
-    const QString port = QString::number(rec.Port);
+    const QString address = AddressToDotted(rec->Address);
+    const QString port = QString::number(rec->Port);
     txIPAddress->setText(address);
     if (query(address, port, GameQuery::StatusMode).isEmpty())
         return;

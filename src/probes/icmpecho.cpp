@@ -22,6 +22,22 @@ std::atomic<quint16> g_nextId{0};
 
 int clampTtl(int ttl) { return std::clamp(ttl, 1, 255); }
 
+// One recvmsg into the caller's buffers; msg keeps pointing at them for the
+// control messages that follow.
+ssize_t receiveMessage(int fd, int flags, char *data, size_t dataSize, char *control, size_t controlSize,
+                       sockaddr_in *from, iovec *iov, msghdr *msg)
+{
+    *iov = {data, dataSize};
+    *msg = {};
+    msg->msg_name = from;
+    msg->msg_namelen = sizeof *from;
+    msg->msg_iov = iov;
+    msg->msg_iovlen = 1;
+    msg->msg_control = control;
+    msg->msg_controllen = controlSize;
+    return ::recvmsg(fd, msg, flags);
+}
+
 void store(const IcmpPacket::Answer &answer, quint32 fallbackFrom, EchoReply &reply)
 {
     reply.Status = answer.status;
@@ -140,15 +156,10 @@ int LinuxIcmpEcho::receiveError(quint16 sequence, EchoReply &reply)
     char data[512];
     char control[512];
     sockaddr_in from{};
-    iovec iov{data, sizeof data};
-    msghdr msg{};
-    msg.msg_name = &from;
-    msg.msg_namelen = sizeof from;
-    msg.msg_iov = &iov;
-    msg.msg_iovlen = 1;
-    msg.msg_control = control;
-    msg.msg_controllen = sizeof control;
-    const ssize_t n = ::recvmsg(fd_, &msg, MSG_ERRQUEUE | MSG_DONTWAIT);
+    iovec iov;
+    msghdr msg;
+    const ssize_t n = receiveMessage(fd_, MSG_ERRQUEUE | MSG_DONTWAIT, data, sizeof data, control, sizeof control,
+                                     &from, &iov, &msg);
     if (n < 8)
         return 0;
     const QByteArray quoted(data, static_cast<qsizetype>(n));
@@ -175,15 +186,9 @@ int LinuxIcmpEcho::receive(quint16 sequence, quint32 destination, EchoReply &rep
     char data[65536];
     char control[256];
     sockaddr_in from{};
-    iovec iov{data, sizeof data};
-    msghdr msg{};
-    msg.msg_name = &from;
-    msg.msg_namelen = sizeof from;
-    msg.msg_iov = &iov;
-    msg.msg_iovlen = 1;
-    msg.msg_control = control;
-    msg.msg_controllen = sizeof control;
-    const ssize_t n = ::recvmsg(fd_, &msg, MSG_DONTWAIT);
+    iovec iov;
+    msghdr msg;
+    const ssize_t n = receiveMessage(fd_, MSG_DONTWAIT, data, sizeof data, control, sizeof control, &from, &iov, &msg);
     if (n <= 0)
         return 0;
     const QByteArray packet(data, static_cast<qsizetype>(n));

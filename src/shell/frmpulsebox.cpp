@@ -1,6 +1,8 @@
 #include "shell/frmpulsebox.h"
 
 #include "probes/dssocket.h"
+#include "shell/controls.h"
+#include "shell/prompts.h"
 #include "shell/pulseboxmod.h"
 #include "shell/ticker.h"
 #include "shell/twips.h"
@@ -20,44 +22,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 constexpr int kLabelHeight = 255;
-
-QLabel *label(QWidget *client, const char *name, const QString &caption, QRect geometry,
-              Qt::Alignment align = Qt::AlignLeft, bool bold = false)
-{
-    auto *l = new QLabel(caption, client);
-    l->setObjectName(QLatin1String(name));
-    l->setAlignment(align | Qt::AlignVCenter);
-    l->setAccessibleName(caption);
-    if (bold) {
-        QFont font = l->font();
-        font.setBold(true);
-        l->setFont(font);
-    }
-    // A caption wider than its designed box (the system's fonts are wider than the
-    // design's) grows away from the control it captions rather than being cut.
-    const int missing = l->sizeHint().width() - geometry.width();
-    if (missing > 0 && !caption.isEmpty()) {
-        geometry.setWidth(geometry.width() + missing);
-        if (align & Qt::AlignRight)
-            geometry.translate(-std::min(missing, geometry.left()), 0);
-    }
-    l->setGeometry(geometry);
-    return l;
-}
-
-QLineEdit *textBox(QWidget *client, const char *name, const QString &text, const QString &tip,
-                   QRect geometry, const QLabel *caption)
-{
-    auto *t = new QLineEdit(text, client);
-    t->setObjectName(QLatin1String(name));
-    t->setGeometry(geometry);
-    t->setToolTip(tip);
-    QString accessible = caption->text();
-    while (accessible.endsWith(u':') || accessible.endsWith(u' '))
-        accessible.chop(1);
-    t->setAccessibleName(accessible);
-    return t;
-}
 
 QFrame *shape(QWidget *client, const char *name, QRect geometry, QFrame::Shape kind)
 {
@@ -95,7 +59,7 @@ frmPulsebox::frmPulsebox(QWidget *parent) : QMainWindow(parent)
 {
     setObjectName(u"frmPulsebox"_s);
     setWindowTitle(u"Pulsebox Server Kit"_s);
-    Twips::applyDesignLook(this);
+    Controls::applyDesignLook(this);
     auto *client = new QWidget(this);
     client->setObjectName(u"client"_s);
     client->setFixedSize(Twips::size(10110, 6765));
@@ -112,23 +76,31 @@ frmPulsebox::~frmPulsebox() = default;
 QPushButton *frmPulsebox::button(QWidget *client, const char *name, const QString &caption,
                                  const QString &tip, QRect geometry, bool enabled)
 {
-    auto *b = new QPushButton(caption, client);
-    b->setObjectName(QLatin1String(name));
-    b->setGeometry(geometry);
+    QPushButton *b = Controls::button(client, name, caption, geometry);
     b->setToolTip(tip);
     b->setEnabled(enabled);
-    b->setAccessibleName(caption);
-    Twips::fitCaption(b, caption);
     return b;
+}
+
+QLineEdit *frmPulsebox::textBox(QWidget *client, const char *name, const QString &text,
+                                const QString &tip, QRect geometry, const QLabel *caption)
+{
+    QString accessible = caption->text();
+    while (accessible.endsWith(u':') || accessible.endsWith(u' '))
+        accessible.chop(1);
+    QLineEdit *t = Controls::textBox(client, name, geometry, accessible);
+    t->setText(text);
+    t->setToolTip(tip);
+    return t;
 }
 
 void frmPulsebox::buildControls(QWidget *client)
 {
     using Twips::rect;
-    Label1 = label(client, "Label1", u"Server IP:"_s, rect(120, 180, 795, kLabelHeight));
+    Label1 = Controls::label(client, "Label1", u"Server IP:"_s, rect(120, 180, 795, kLabelHeight));
     txIPAddress = textBox(client, "txIPAddress", u"200.200.200.100"_s, {}, rect(960, 120, 3015, 285), Label1);
     txIPAddress->setEnabled(false);
-    Label4 = label(client, "Label4", u"Location of List"_s, rect(4080, 180, 1155, kLabelHeight));
+    Label4 = Controls::label(client, "Label4", u"Location of List"_s, rect(4080, 180, 1155, kLabelHeight));
     Text1 = new QComboBox(client);
     Text1->setObjectName(u"Text1"_s);
     Text1->setEditable(true);
@@ -138,15 +110,15 @@ void frmPulsebox::buildControls(QWidget *client)
     Text1->setAccessibleName(Label4->text());
     Text1->setEditText(u"http://127.0.0.1/quake2/gamespy.txt"_s);
 
-    Label5 = label(client, "Label5", u"Ping Limit:"_s, rect(180, 540, 735, kLabelHeight), Qt::AlignRight);
+    Label5 = Controls::label(client, "Label5", u"Ping Limit:"_s, rect(180, 540, 735, kLabelHeight), Qt::AlignRight);
     Text4 = textBox(client, "Text4", u"230"_s, u"Maximum ping to accept in list"_s, rect(960, 480, 735, 285), Label5);
-    Label3 = label(client, "Label3", u"Time To Live ((TTL) :"_s, rect(1740, 480, 1695, kLabelHeight));
+    Label3 = Controls::label(client, "Label3", u"Time To Live ((TTL) :"_s, rect(1740, 480, 1695, kLabelHeight));
     txTTL = textBox(client, "txTTL", u"90"_s, u"Maximum Number of Hops before giving up."_s,
                     rect(3540, 480, 735, 285), Label3);
 
     Line1 = shape(client, "Line1", rect(0, 1080, 10110, 15), QFrame::HLine);
     Line2 = shape(client, "Line2", rect(0, 6240, 10110, 15), QFrame::HLine);
-    Label6 = label(client, "Label6", u"Server Information:"_s, rect(180, 1140, 1935, kLabelHeight), Qt::AlignLeft, true);
+    Label6 = Controls::label(client, "Label6", u"Server Information:"_s, rect(180, 1140, 1935, kLabelHeight), Qt::AlignLeft, true);
     Shape1 = shape(client, "Shape1", rect(3300, 1140, 3795, 255), QFrame::Box);
     Shape1->hide();
     Shape2 = shape(client, "Shape2", rect(3300, 1140, 3795, 255), QFrame::NoFrame);
@@ -155,18 +127,18 @@ void frmPulsebox::buildControls(QWidget *client)
     red.setColor(QPalette::Window, Qt::red);
     Shape2->setPalette(red);
     Shape2->hide();
-    Label7 = label(client, "Label7", u"List Count:"_s, rect(7440, 1140, 1155, kLabelHeight), Qt::AlignRight);
-    Label14 = label(client, "Label14", QString(), rect(8640, 1140, 975, kLabelHeight), Qt::AlignLeft, true);
+    Label7 = Controls::label(client, "Label7", u"List Count:"_s, rect(7440, 1140, 1155, kLabelHeight), Qt::AlignRight);
+    Label14 = Controls::label(client, "Label14", QString(), rect(8640, 1140, 975, kLabelHeight), Qt::AlignLeft, true);
     Label14->setAccessibleName(u"List Count"_s);
 
-    Label10 = label(client, "Label10", u"Ping"_s, rect(180, 1440, 700, kLabelHeight));
-    Label12 = label(client, "Label12", u"Address"_s, rect(900, 1440, 1200, kLabelHeight));
-    Label11 = label(client, "Label11", u"Name"_s, rect(3480, 1440, 1200, kLabelHeight));
-    lbHops = label(client, "lbHops", u"Hops"_s, rect(6600, 1440, 600, kLabelHeight));
+    Label10 = Controls::label(client, "Label10", u"Ping"_s, rect(180, 1440, 700, kLabelHeight));
+    Label12 = Controls::label(client, "Label12", u"Address"_s, rect(900, 1440, 1200, kLabelHeight));
+    Label11 = Controls::label(client, "Label11", u"Name"_s, rect(3480, 1440, 1200, kLabelHeight));
+    lbHops = Controls::label(client, "lbHops", u"Hops"_s, rect(6600, 1440, 600, kLabelHeight));
     lbHops->hide();
-    Label8 = label(client, "Label8", u"Version"_s, rect(7200, 1440, 800, kLabelHeight));
-    Label13 = label(client, "Label13", u"Map"_s, rect(8040, 1440, 1000, kLabelHeight));
-    Label9 = label(client, "Label9", u"Use/Cap"_s, rect(9180, 1440, 800, kLabelHeight));
+    Label8 = Controls::label(client, "Label8", u"Version"_s, rect(7200, 1440, 800, kLabelHeight));
+    Label13 = Controls::label(client, "Label13", u"Map"_s, rect(8040, 1440, 1000, kLabelHeight));
+    Label9 = Controls::label(client, "Label9", u"Use/Cap"_s, rect(9180, 1440, 800, kLabelHeight));
 
     List1 = new VbList(true, client);
     List1->setObjectName(u"List1"_s);
@@ -185,12 +157,12 @@ void frmPulsebox::buildControls(QWidget *client)
     Command7 = button(client, "Command7", u"Count Hops"_s, u"Do traceroute on server."_s, rect(7800, 3660, 1095, 495), false);
     Command6 = button(client, "Command6", u"Server Info"_s, u"Show Server Info"_s, rect(8940, 3660, 975, 495), false);
 
-    Label2 = label(client, "Label2", u"Return Information :"_s, rect(180, 4260, 1935, kLabelHeight));
+    Label2 = Controls::label(client, "Label2", u"Return Information :"_s, rect(180, 4260, 1935, kLabelHeight));
     lbReturn = new VbList(false, client);
     lbReturn->setObjectName(u"lbReturn"_s);
     lbReturn->setGeometry(rect(180, 4500, 9735, 1620));
     lbReturn->setAccessibleName(u"Return Information"_s);
-    Statusbar = label(client, "Statusbar", u" "_s, rect(180, 6360, 9735, 315));
+    Statusbar = Controls::label(client, "Statusbar", u" "_s, rect(180, 6360, 9735, 315));
     Statusbar->setFrameShape(QFrame::Box);
     Statusbar->setAccessibleName(u"Status"_s);
 
@@ -290,6 +262,17 @@ void frmPulsebox::returnLine(const QString &text)
 {
     lbReturn->AddItem(text);
     lbReturn->SelectLast();
+}
+
+const ServerRec *frmPulsebox::selectedServer()
+{
+    const int row = List1->ListIndex();
+    const int k = row < 0 ? 0 : List1->ItemData(row);
+    if (k < 1 || k > Mod().ServerCount) {
+        Seams::prompts().message(u"Pick a server from the list first."_s, AppTitle);
+        return nullptr;
+    }
+    return &Mod().Servers[static_cast<size_t>(k)];
 }
 
 void frmPulsebox::Command1_Click() { Mod().CancelRequested = 1; }

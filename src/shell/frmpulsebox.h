@@ -15,6 +15,7 @@ class DsSocket;
 class HiddenText;
 class Ticker;
 class VbList;
+struct ServerRec;
 #include "favorites/frmfavorites.h"
 #include "shell/frmsplash.h"
 
@@ -106,6 +107,10 @@ private:
     void setRunControls(bool running);  // the controls a refresh switches
     QPushButton *button(QWidget *client, const char *name, const QString &caption,
                         const QString &tip, QRect geometry, bool enabled);
+    QLineEdit *textBox(QWidget *client, const char *name, const QString &text, const QString &tip,
+                       QRect geometry, const QLabel *caption);
+    // The record of the selected row, or nullptr after telling the user to pick one.
+    const ServerRec *selectedServer();
 
     bool inBody_ = false;  // the list response's header has been skipped
     QPointer<frmSplash> splash_;

@@ -2,8 +2,6 @@
 
 #include <QGuiApplication>
 #include <QScreen>
-#include <QFontMetrics>
-#include <QWidget>
 
 namespace Twips {
 
@@ -20,22 +18,5 @@ QRect rect(int left, int top, int width, int height)
 }
 
 QSize size(int width, int height) { return {px(width), px(height)}; }
-
-void applyDesignLook(QWidget *form)
-{
-    QFont font(QStringLiteral("Arial"));
-    font.setPointSizeF(8.25);
-    form->setFont(font);
-}
-
-void fitCaption(QWidget *button, const QString &caption)
-{
-    constexpr int kMargins = 8;
-    QFont font = button->font();
-    while (font.pointSizeF() > 6.0
-           && QFontMetrics(font).horizontalAdvance(caption) + kMargins > button->width())
-        font.setPointSizeF(font.pointSizeF() - 0.25);
-    button->setFont(font);
-}
 
 }

@@ -1,0 +1,23 @@
+#pragma once
+#include <QRect>
+#include <QString>
+#include <Qt>
+
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QWidget;
+
+// Builders for the controls of the program's windows: each gets its design name
+// as objectName, its geometry in pixels and an accessible name.
+namespace Controls {
+// The face the layouts were drawn for: a small sans-serif font.
+void applyDesignLook(QWidget *form);
+// The button's font shrinks until the caption fits: the system's fonts run wider
+// than the design's.
+QPushButton *button(QWidget *parent, const char *name, const QString &caption, QRect geometry);
+// A caption wider than its box grows away from the control it captions.
+QLabel *label(QWidget *parent, const char *name, const QString &caption, QRect geometry,
+              Qt::Alignment align = Qt::AlignLeft, bool bold = false);
+QLineEdit *textBox(QWidget *parent, const char *name, QRect geometry, const QString &accessibleName);
+}
