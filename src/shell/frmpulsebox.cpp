@@ -256,7 +256,11 @@ void frmPulsebox::connectHandlers()
     connect(dsSocket2, &DsSocket::Error, this, &frmPulsebox::dsSocket2_Error);
 }
 
-void frmPulsebox::setStatus(const QString &text) { Statusbar->setText(text); }
+void frmPulsebox::setStatus(const QString &text)
+{
+    Statusbar->setText(text);
+    emit statusChanged(text);
+}
 
 void frmPulsebox::returnLine(const QString &text)
 {

@@ -97,6 +97,9 @@ public:
     void appendFavorite(const QString &address, const QString &description);
     void launchGame(const QString &target, const QString &prompt);
 
+signals:
+    void statusChanged(const QString &text);
+
 protected:
     void closeEvent(QCloseEvent *event) override;
 

@@ -15,19 +15,6 @@
 #include <QtTest>
 
 namespace {
-QByteArray readFile(const QString &name)
-{
-    QFile file(name);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
-
-void writeFile(const QString &name, const QByteArray &bytes)
-{
-    QFile file(name);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(bytes);
-}
-
 // A row of the main list with its record, as a refresh leaves it.
 void addServer(frmPulsebox &w, const char *address, int port, const QString &hostName, bool favorite)
 {

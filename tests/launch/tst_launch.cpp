@@ -17,19 +17,6 @@
 #include <QtTest>
 
 namespace {
-QByteArray readFile(const QString &name)
-{
-    QFile file(name);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
-
-void touch(const QString &path, const QByteArray &bytes = {})
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(bytes);
-}
-
 frmSettings *openSettings(frmPulsebox &w)
 {
     w.mnuSettings->trigger();
@@ -55,8 +42,8 @@ private slots:
         auto w = newMainWindow();
         const QString game = env.dir.filePath(QStringLiteral("games/Quake2.exe"));
         QDir(env.dir.path()).mkdir(QStringLiteral("games"));
-        touch(game);
-        touch(env.dir.filePath(QStringLiteral("games/yquake2")));
+        writeFile(game);
+        writeFile(env.dir.filePath(QStringLiteral("games/yquake2")));
 
         frmSettings *settings = openSettings(*w);
         QVERIFY(settings && settings->isVisible());
@@ -92,9 +79,9 @@ private slots:
     {
         TestEnvironment env;
         const QString game = env.dir.filePath(QStringLiteral("QUAKE2.EXE"));
-        touch(game);
-        touch(QStringLiteral("Pulsebox.cfg"), game.toLocal8Bit() + "\r\nignored\r\n");
-        touch(QStringLiteral("Pulsebox.fav"), "1.2.3.4\r\nOne\r\n");
+        writeFile(game);
+        writeFile(QStringLiteral("Pulsebox.cfg"), game.toLocal8Bit() + "\r\nignored\r\n");
+        writeFile(QStringLiteral("Pulsebox.fav"), "1.2.3.4\r\nOne\r\n");
         {
             frmPulsebox w;
             w.Form_Load();
@@ -103,7 +90,7 @@ private slots:
         }
         // Leading blanks are part of the path that must exist, so this line does not qualify.
         Mod() = PulseboxMod{};
-        touch(QStringLiteral("Pulsebox.cfg"), " " + game.toLocal8Bit() + "\r\n");
+        writeFile(QStringLiteral("Pulsebox.cfg"), " " + game.toLocal8Bit() + "\r\n");
         frmPulsebox w;
         w.readConfiguration();
         QVERIFY(Mod().GamePath.isEmpty());

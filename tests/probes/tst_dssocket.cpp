@@ -40,13 +40,6 @@ struct Events {
     QStringList log, data;
     QString errorText;
 };
-
-quint16 closedPort()
-{
-    QTcpServer probe;
-    probe.listen(QHostAddress::LocalHost);
-    return probe.serverPort();  // closed again when probe goes
-}
 }
 
 class TestDsSocket : public QObject {

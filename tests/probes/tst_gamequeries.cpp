@@ -3,6 +3,7 @@
 #include "demonet/demonetwork.h"
 #include "probes/address.h"
 #include "probes/frmservinfo.h"
+#include "probes/frmsrvpop.h"
 #include "shell/frmpulsebox.h"
 #include "shell/pulseboxmod.h"
 #include "shell/ticker.h"
@@ -141,6 +142,22 @@ private slots:
         QCOMPARE(w->versionProbe(QStringLiteral("127.0.10.10"), QStringLiteral("27910")).infoLine,
                  QStringLiteral("No data returned"));
         QVERIFY(env.prompts.shown.isEmpty());
+
+        // A port that is no port: the send fails, the user is told, the probe goes on.
+        const auto result = w->versionProbe(QStringLiteral("127.0.10.10"), QStringLiteral("99999"));
+        QCOMPARE(result.infoLine, QStringLiteral("No data returned"));
+        QCOMPARE(env.prompts.shown.size(), 1);
+        QCOMPARE(env.prompts.shown[0].title, QStringLiteral("Socket 2!"));
+        QVERIFY(env.prompts.shown[0].text.startsWith(QStringLiteral(" 10")));
+    }
+
+    void popUpTextFollowsTheWindowSize()
+    {
+        frmsrvpop pop;
+        QCOMPARE(pop.size(), QSize(153, 97));
+        pop.resize(300, 200);
+        pop.show();
+        QTRY_COMPARE(pop.Text1->size(), QSize(300 - 8, 200 - 24));
     }
 
     void serverInfoShowsSettingsAndPlayers()

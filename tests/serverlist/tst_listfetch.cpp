@@ -35,6 +35,9 @@ struct Fetch {
     TestEnvironment env;
     Demo::Network network;
     std::unique_ptr<frmPulsebox> window = newMainWindow();
+    QStringList statuses;
+    QMetaObject::Connection recorder = QObject::connect(window.get(), &frmPulsebox::statusChanged,
+                                                        [this](const QString &text) { statuses << text; });
 };
 }
 
@@ -68,6 +71,9 @@ private slots:
         fetch.run();
         QCOMPARE(fetch.window->lbHost->ListCount(), 25);
         QCOMPARE(fetch.window->Label14->text(), QStringLiteral("20"));
+        QCOMPARE(fetch.statuses, (QStringList{QStringLiteral("Connected..."), QStringLiteral("Ready to Send..."),
+                                              QStringLiteral("Retreiving List....10"), QStringLiteral("Retreiving List....20"),
+                                              QStringLiteral("Connection closed...%1 bytes received.").arg(Mod().BytesReceived)}));
     }
 
     void responseWithoutEmptyLineGivesNothing()
@@ -95,12 +101,7 @@ private slots:
     {
         TestEnvironment env;
         auto window = newMainWindow();
-        quint16 port;
-        {
-            QTcpServer probe;
-            probe.listen(QHostAddress::LocalHost);
-            port = probe.serverPort();
-        }
+        const quint16 port = closedPort();
         window->Text1->setEditText(QStringLiteral("http://127.0.0.1:%1/quake2/gamespy.txt").arg(port));
         QString host;
         QVERIFY(window->fetchPrepare(&host));

@@ -94,8 +94,13 @@ private slots:
                              {QStringLiteral("127.0.0.1"), {ms(7)}}, {QStringLiteral("127.0.11.5"), {ms(60)}},
                              {QStringLiteral("127.0.11.6"), {ms(231)}}};
 
+        QList<int> bar;  // the progress bar's width as each server is pinged (-1: hidden)
+        r.env.echo.onSend = [&] { bar << (r.window->Shape2->isVisible() ? r.window->Shape2->width() : -1); };
+
         QTest::mouseClick(r.window->Command2, Qt::LeftButton);
 
+        const int full = r.window->Shape1->width();
+        QCOMPARE(bar, (QList<int>{0, 0, 0, full / 6, 2 * full / 6, 3 * full / 6, 4 * full / 6, 5 * full / 6}));
         QCOMPARE(r.rows(), (QStringList{
             row("007", false, "127.0.0.1:27931", "Named Host", "3.19", "q2dm1", "1/ 8"),
             row("012", true, "127.0.11.2:27910", "Fav Two", "3.14", "q2dm1", "0/ 8"),
@@ -179,6 +184,16 @@ private slots:
         QCOMPARE(r.env.echo.sent.size(), 3 + 2 + 3);
         QCOMPARE(r.window->Statusbar->text(), QStringLiteral("Done..."));
         r.verifyIdleControls();
+
+        // A time-to-live too short to reach the server: a router answers instead.
+        r.window->txTTL->setText(QStringLiteral("1"));
+        r.window->mnuqp[0]->trigger();
+        r.env.echo.script = {{QStringLiteral("127.0.12.1"), {{1, 11013, 3}}}};
+        r.env.echo.sent.clear();
+        QTest::mouseClick(r.window->Command8, Qt::LeftButton);
+        QCOMPARE(r.log().first(), QStringLiteral("Reply from 127.0.12.1: Failed code = 11013"));
+        QCOMPARE(r.env.echo.sent.first().second, 1);
+        QCOMPARE(r.env.echo.sent.size(), 3);  // Quick Ping: one echo each
 
         // The next Refresh List fetches again.
         QTest::mouseClick(r.window->Command2, Qt::LeftButton);
@@ -270,12 +285,7 @@ private slots:
     {
         Refresh r({fake("127.0.16.1", 27910, "34", "Fav")}, {});
         r.addFavorite(QStringLiteral("127.0.16.1"));
-        quint16 port;
-        {
-            QTcpServer probe;
-            probe.listen(QHostAddress::LocalHost);
-            port = probe.serverPort();
-        }
+        const quint16 port = closedPort();
         r.window->Text1->setEditText(QStringLiteral("http://127.0.0.1:%1/quake2/gamespy.txt").arg(port));
         r.env.prompts.answers = {true};
         QTest::mouseClick(r.window->Command2, Qt::LeftButton);

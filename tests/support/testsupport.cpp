@@ -7,6 +7,8 @@
 #include "shell/waiting.h"
 
 #include <QDir>
+#include <QFile>
+#include <QTcpServer>
 
 void ScriptedPrompter::message(const QString &text, const QString &title, Icon)
 {
@@ -31,6 +33,8 @@ int ScriptedEcho::sendEcho(qint32 destination, const QByteArray &, int ttl, int,
 {
     const QString dotted = AddressToDotted(destination);
     sent.append({dotted, ttl});
+    if (onSend)
+        onSend();
     reply = EchoReply{};
     Outcome outcome{1, 0, 10};
     if (destination == 0)
@@ -72,6 +76,26 @@ TestEnvironment::~TestEnvironment()
     Seams::setStarter(nullptr);
     Ticker::setTimeScale(1.0);
     abandonWaits(false);
+}
+
+QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
+}
+
+void writeFile(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        qFatal("cannot write the test file %s", qPrintable(path));
+}
+
+quint16 closedPort()
+{
+    QTcpServer probe;
+    probe.listen(QHostAddress::LocalHost);
+    return probe.serverPort();  // closed again as probe goes
 }
 
 std::unique_ptr<frmPulsebox> newMainWindow()

@@ -8,6 +8,7 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+#include <functional>
 #include <memory>
 
 class frmPulsebox;
@@ -40,6 +41,7 @@ public:
     };
     QHash<QString, QList<Outcome>> script;  // consumed in order; the last one repeats
     QList<QPair<QString, int>> sent;        // destination and time-to-live of every call
+    std::function<void()> onSend;           // runs at every call, before it answers
 
     int sendEcho(qint32 destination, const QByteArray &payload, int ttl, int timeoutMs,
                  EchoReply &reply) override;
@@ -68,6 +70,12 @@ struct TestEnvironment {
     ScriptedEcho echo;
     ScriptedStarter starter;
 };
+
+// Whole-file helpers for the program's files; readFile gives "<missing>" for no file.
+QByteArray readFile(const QString &path);
+void writeFile(const QString &path, const QByteArray &bytes = {});
+// A loopback TCP port that nothing listens on.
+quint16 closedPort();
 
 // The main window without its start-up wait, shown offscreen.
 std::unique_ptr<frmPulsebox> newMainWindow();
