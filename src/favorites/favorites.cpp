@@ -12,18 +12,27 @@
 using namespace Qt::StringLiterals;
 
 namespace {
+// Far beyond any real favorites file: 32,767 favorites of generous length.
+constexpr qint64 kMaxFavoritesFile = 16 * 1024 * 1024;
+constexpr int kMaxFavorites = 32767;
+
 // The file's bytes, or nullopt (with a message) when it exists but cannot be read.
 std::optional<QByteArray> readFavoritesFile()
 {
     QFile file(FavFile::kName);
     if (!file.exists())
         return QByteArray();
-    if (!file.open(QIODevice::ReadOnly)) {
-        Seams::prompts().message(u"Could not read the favorites file "_s + FavFile::kName + u":\n"_s
-                                     + file.errorString(), AppTitle, Prompter::Icon::Warning);
-        return std::nullopt;
-    }
-    return file.readAll();
+    QString problem;
+    if (!file.open(QIODevice::ReadOnly))
+        problem = file.errorString();
+    else if (file.size() > kMaxFavoritesFile)
+        problem = u"it is %1 bytes long, too large to be a favorites file"_s.arg(file.size());
+    if (problem.isEmpty())
+        return file.readAll();
+    Seams::prompts().message(u"Could not read the favorites file "_s + FavFile::kName + u":\n"_s + problem
+                                 + u"\n\nThe file was left as it is."_s,
+                             AppTitle, Prompter::Icon::Warning);
+    return std::nullopt;
 }
 }
 
@@ -39,8 +48,13 @@ void frmPulsebox::loadFavorites()
     const auto bytes = readFavoritesFile();
     if (!bytes)
         return;
-    for (const Favorite &favorite : FavFile::parse(*bytes))
+    const QList<Favorite> favorites = FavFile::parse(*bytes);
+    for (const Favorite &favorite : favorites.mid(0, kMaxFavorites))
         appendFavorite(favorite.address, favorite.description);
+    if (favorites.size() > kMaxFavorites)
+        Seams::prompts().message(u"The favorites file holds %1 favorites; the first %2 were loaded."_s
+                                     .arg(favorites.size()).arg(kMaxFavorites),
+                                 AppTitle, Prompter::Icon::Warning);
 }
 
 bool SaveFavoritesFile(const QByteArray &bytes)

@@ -76,6 +76,8 @@ void frmPulsebox::Command2_Click()
             fetchStart(host);
             // The fetch has no time limit of its own: its close or error event ends it.
             waitUntil([this, &mod] { return dsSocket1->State() == DsSocket::StateFailed || !mod.FetchBusy; });
+            if (waitsAbandoned())
+                return abort();  // the program is ending
             if (dsSocket1->State() == DsSocket::StateFailed) {
                 Seams::prompts().message(u"problem getting list of server"_s, AppTitle);
                 setStatus(u"Problem getting list from server"_s);

@@ -50,7 +50,7 @@ QStringList linkedDescriptions(const VbList *addresses, const VbList *descriptio
     return texts;
 }
 
-const QByteArray kThree = "1.1.1.1:27910\r\nFirst\r\n2.2.2.2\r\nSecond\r\nhost.example:27911\r\nThird  \r\n";
+const QByteArray kThree = "127.0.1.1:27910\r\nFirst\r\n127.0.2.2\r\nSecond\r\nhost.example:27911\r\nThird  \r\n";
 }
 
 class TestFavorites : public QObject {
@@ -121,9 +121,9 @@ private slots:
         QVERIFY(dialog && dialog->isVisible() && dialog->isWindowModified() == false && dialog->windowModality() == Qt::ApplicationModal);
         QCOMPARE(dialog->windowTitle(), QStringLiteral("Modify Favorite"));
         QCOMPARE(dialog->cmdAdd->text(), QStringLiteral("Save"));
-        QCOMPARE(dialog->txtServer->text(), QStringLiteral("1.1.1.1:27910"));
+        QCOMPARE(dialog->txtServer->text(), QStringLiteral("127.0.1.1:27910"));
         QCOMPARE(dialog->txtServerDesc->text(), QStringLiteral("First"));
-        dialog->txtServer->setText(QStringLiteral(" 1.1.1.1:27999 "));
+        dialog->txtServer->setText(QStringLiteral(" 127.0.1.1:27999 "));
         QTest::mouseClick(dialog->cmdAdd, Qt::LeftButton);
         QTRY_VERIFY(!openDialog(editor));
 
@@ -135,12 +135,12 @@ private slots:
         QTest::mouseClick(dialog->cmdCancel, Qt::LeftButton);
         QTRY_VERIFY(!openDialog(editor));
 
-        QCOMPARE(editor->List1->Texts(), (QStringList{QStringLiteral(" 1.1.1.1:27999 "), QStringLiteral("host.example:27911")}));
+        QCOMPARE(editor->List1->Texts(), (QStringList{QStringLiteral(" 127.0.1.1:27999 "), QStringLiteral("host.example:27911")}));
         QTest::mouseClick(editor->cmClose, Qt::LeftButton);
         QTRY_VERIFY(!w->findChild<frmFavorites *>(QStringLiteral("frmFavorites")));
         QCOMPARE(readFile(QStringLiteral("Pulsebox.fav")),
-                 QByteArray(" 1.1.1.1:27999 \r\nFirst\r\nhost.example:27911\r\nThird  \r\n"));
-        QCOMPARE(w->lbFav->Texts(), (QStringList{QStringLiteral(" 1.1.1.1:27999 "), QStringLiteral("host.example:27911")}));
+                 QByteArray(" 127.0.1.1:27999 \r\nFirst\r\nhost.example:27911\r\nThird  \r\n"));
+        QCOMPARE(w->lbFav->Texts(), (QStringList{QStringLiteral(" 127.0.1.1:27999 "), QStringLiteral("host.example:27911")}));
         QCOMPARE(linkedDescriptions(w->lbFav, w->lbFavDesc), (QStringList{QStringLiteral("First"), QStringLiteral("Third  ")}));
     }
 
@@ -156,7 +156,7 @@ private slots:
         QCOMPARE(dialog->windowTitle(), QStringLiteral("Add Favorite"));
         QCOMPARE(dialog->cmdAdd->text(), QStringLiteral("Add"));
         QCOMPARE(dialog->txtServerDesc->maxLength(), 50);
-        QTest::keyClicks(dialog->txtServer, QStringLiteral("9.9.9.9:27910"));
+        QTest::keyClicks(dialog->txtServer, QStringLiteral("127.0.9.9:27910"));
         QTest::keyClicks(dialog->txtServerDesc, QString(60, u'd'));
         QTest::mouseClick(dialog->cmdAdd, Qt::LeftButton);
         QTRY_VERIFY(!openDialog(editor));
@@ -165,8 +165,8 @@ private slots:
         QTest::mouseClick(editor->cmModify, Qt::LeftButton);
         openDialog(editor)->close();  // the window's own close control: acts as Cancel
         QTRY_VERIFY(!openDialog(editor));
-        QCOMPARE(editor->List1->Texts(), (QStringList{QStringLiteral("2.2.2.2"), QStringLiteral("host.example:27911"),
-                                                      QStringLiteral("9.9.9.9:27910"), QStringLiteral("1.1.1.1:27910")}));
+        QCOMPARE(editor->List1->Texts(), (QStringList{QStringLiteral("127.0.2.2"), QStringLiteral("host.example:27911"),
+                                                      QStringLiteral("127.0.9.9:27910"), QStringLiteral("127.0.1.1:27910")}));
         QCOMPARE(linkedDescriptions(editor->List1, editor->List2),
                  (QStringList{QStringLiteral("Second"), QStringLiteral("Third  "), QString(50, u'd'), QStringLiteral("First")}));
         QTest::mouseClick(editor->Delete, Qt::LeftButton);  // nothing selected: nothing happens
@@ -237,6 +237,24 @@ private slots:
         QCOMPARE(w->lbFav->Texts(), (QStringList{QStringLiteral("a"), QStringLiteral("b")}));
         QCOMPARE(linkedDescriptions(w->lbFav, w->lbFavDesc), (QStringList{QStringLiteral("A"), QString()}));
         QCOMPARE(w->lbFav->ItemData(1), 1);
+
+        // A huge count is cut at the largest list the program keeps, with a word why.
+        QByteArray many;
+        for (int i = 0; i < 40000; ++i)
+            many += "127.0.0.1\r\nx\r\n";
+        writeFile(QStringLiteral("Pulsebox.fav"), many);
+        w->lbFav->Clear();
+        w->lbFavDesc->Clear();
+        w->loadFavorites();
+        QCOMPARE(w->lbFav->ListCount(), 32767);
+        QCOMPARE(env.prompts.texts().last(), QStringLiteral("The favorites file holds 40000 favorites; the first 32767 were loaded."));
+
+        // A file too large to be a favorites file is neither loaded nor appended to.
+        writeFile(QStringLiteral("Pulsebox.fav"), QByteArray(17 * 1024 * 1024, 'x'));
+        w->lbFav->Clear();
+        w->loadFavorites();
+        QCOMPARE(w->lbFav->ListCount(), 0);
+        QVERIFY(env.prompts.texts().last().contains(QStringLiteral("too large to be a favorites file")));
     }
 };
 

@@ -23,16 +23,6 @@ private slots:
         QVERIFY(GameQuery::datagram(5).isEmpty());
     }
 
-    void versionTable()
-    {
-        const QStringList expected{QStringLiteral("unkn"), QStringLiteral("3.14"), QStringLiteral("3.15"),
-                                   QStringLiteral("3.17"), QStringLiteral("3.19"), QStringLiteral("3.20"),
-                                   QStringLiteral("unkn")};
-        for (int mode = 0; mode <= 6; ++mode)
-            QCOMPARE(GameQuery::versionText(mode), expected[mode]);
-        QCOMPARE(GameQuery::versionText(99), QStringLiteral("unkn"));
-    }
-
     void infoLines()
     {
         QCOMPARE(GameQuery::infoLine(QString()), QStringLiteral("No data returned"));

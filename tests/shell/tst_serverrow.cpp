@@ -68,14 +68,6 @@ private slots:
         QCOMPARE(ServerRow::roundHalfEven(41.6667), 42);
         QCOMPARE(ServerRow::roundHalfEven(1e12), 0);
     }
-
-    void emptyRecordIsAllZeros()
-    {
-        const ServerRec rec;
-        QCOMPARE(rec.HostName, QString(50, QChar(0)));
-        QCOMPARE(rec.Version, QString(5, QChar(0)));
-        QVERIFY(rec.Address == 0 && rec.Port == 0 && rec.PingMs == 0 && rec.Hops == 0 && rec.IsFavorite == 0);
-    }
 };
 
 QTEST_APPLESS_MAIN(TestServerRow)
