@@ -1,5 +1,6 @@
 #include "support/testsupport.h"
 
+#include "favorites/favfile.h"
 #include "favorites/frmaddfav.h"
 #include "favorites/frmfavorites.h"
 #include "probes/address.h"
@@ -51,6 +52,26 @@ QStringList linkedDescriptions(const VbList *addresses, const VbList *descriptio
 }
 
 const QByteArray kThree = "127.0.1.1:27910\r\nFirst\r\n127.0.2.2\r\nSecond\r\nhost.example:27911\r\nThird  \r\n";
+
+// The main window with three favorites loaded from the file, and the editor open.
+struct Editing {
+    Editing()
+    {
+        writeFile(FavFile::kName, kThree);
+        w->loadFavorites();
+        editor = openEditor(*w);
+    }
+    void deleteRow(int row)
+    {
+        selectRow(editor->List1, row);
+        QTest::mouseClick(editor->Delete, Qt::LeftButton);
+    }
+    bool editorOpen() const { return w->findChild<frmFavorites *>(QStringLiteral("frmFavorites")); }
+
+    TestEnvironment env;
+    std::unique_ptr<frmPulsebox> w = newMainWindow();
+    frmFavorites *editor = nullptr;
+};
 }
 
 class TestFavorites : public QObject {
@@ -100,20 +121,16 @@ private slots:
 
     void loadEditAndClose()
     {
-        TestEnvironment env;
-        writeFile(QStringLiteral("Pulsebox.fav"), kThree);
-        auto w = newMainWindow();
-        w->loadFavorites();
+        Editing e;
+        const auto &w = e.w;
+        frmFavorites *editor = e.editor;
         QCOMPARE(w->lbFavDesc->Texts(), (QStringList{QStringLiteral("First"), QStringLiteral("Second"), QStringLiteral("Third  ")}));
-
-        frmFavorites *editor = openEditor(*w);
         QVERIFY(editor && editor->isVisible());
         QCOMPARE(editor->windowTitle(), QStringLiteral("Favorites"));
         QCOMPARE(editor->List1->Texts(), w->lbFav->Texts());
         QVERIFY(editor->List2->isHidden());
 
-        selectRow(editor->List1, 1);
-        QTest::mouseClick(editor->Delete, Qt::LeftButton);  // the second of three
+        e.deleteRow(1);  // the second of three
 
         selectRow(editor->List1, 0);
         QTest::mouseClick(editor->cmModify, Qt::LeftButton);
@@ -137,7 +154,7 @@ private slots:
 
         QCOMPARE(editor->List1->Texts(), (QStringList{QStringLiteral(" 127.0.1.1:27999 "), QStringLiteral("host.example:27911")}));
         QTest::mouseClick(editor->cmClose, Qt::LeftButton);
-        QTRY_VERIFY(!w->findChild<frmFavorites *>(QStringLiteral("frmFavorites")));
+        QTRY_VERIFY(!e.editorOpen());
         QCOMPARE(readFile(QStringLiteral("Pulsebox.fav")),
                  QByteArray(" 127.0.1.1:27999 \r\nFirst\r\nhost.example:27911\r\nThird  \r\n"));
         QCOMPARE(w->lbFav->Texts(), (QStringList{QStringLiteral(" 127.0.1.1:27999 "), QStringLiteral("host.example:27911")}));
@@ -146,11 +163,8 @@ private slots:
 
     void addManuallyAndDialogClosedByItsWindowControl()
     {
-        TestEnvironment env;
-        writeFile(QStringLiteral("Pulsebox.fav"), kThree);
-        auto w = newMainWindow();
-        w->loadFavorites();
-        frmFavorites *editor = openEditor(*w);
+        Editing e;
+        frmFavorites *editor = e.editor;
         QTest::mouseClick(editor->Manually, Qt::LeftButton);
         frmAddFav *dialog = openDialog(editor);
         QCOMPARE(dialog->windowTitle(), QStringLiteral("Add Favorite"));
@@ -175,57 +189,38 @@ private slots:
 
     void cancelKeepsFileAndLists()
     {
-        TestEnvironment env;
-        writeFile(QStringLiteral("Pulsebox.fav"), kThree);
-        auto w = newMainWindow();
-        w->loadFavorites();
-        frmFavorites *editor = openEditor(*w);
-        for (int i = 0; i < 3; ++i) {
-            selectRow(editor->List1, 0);
-            QTest::mouseClick(editor->Delete, Qt::LeftButton);
-        }
-        QTest::mouseClick(editor->Cancel, Qt::LeftButton);
-        QTRY_VERIFY(!w->findChild<frmFavorites *>(QStringLiteral("frmFavorites")));
-        QCOMPARE(readFile(QStringLiteral("Pulsebox.fav")), kThree);
-        QCOMPARE(w->lbFav->ListCount(), 3);
+        Editing e;
+        for (int i = 0; i < 3; ++i)
+            e.deleteRow(0);
+        QTest::mouseClick(e.editor->Cancel, Qt::LeftButton);
+        QTRY_VERIFY(!e.editorOpen());
+        QCOMPARE(readFile(FavFile::kName), kThree);
+        QCOMPARE(e.w->lbFav->ListCount(), 3);
 
-        editor = openEditor(*w);  // Close with nothing left: an empty file
-        for (int i = 0; i < 3; ++i) {
-            selectRow(editor->List1, 0);
-            QTest::mouseClick(editor->Delete, Qt::LeftButton);
-        }
-        {
-            FileSizeLimit full(0);  // even an empty file is written whole or not at all
-            QTest::mouseClick(editor->cmClose, Qt::LeftButton);
-        }
-        QVERIFY(editor->isVisible() || readFile(QStringLiteral("Pulsebox.fav")).isEmpty());
-        if (editor->isVisible())
-            QTest::mouseClick(editor->cmClose, Qt::LeftButton);
-        QTRY_VERIFY(!w->findChild<frmFavorites *>(QStringLiteral("frmFavorites")));
-        QCOMPARE(readFile(QStringLiteral("Pulsebox.fav")), QByteArray());
-        QCOMPARE(w->lbFav->ListCount(), 0);
-        QCOMPARE(w->lbFavDesc->ListCount(), 0);
+        e.editor = openEditor(*e.w);  // Close with nothing left: an empty file
+        for (int i = 0; i < 3; ++i)
+            e.deleteRow(0);
+        QTest::mouseClick(e.editor->cmClose, Qt::LeftButton);
+        QTRY_VERIFY(!e.editorOpen());
+        QCOMPARE(readFile(FavFile::kName), QByteArray());
+        QCOMPARE(e.w->lbFav->ListCount(), 0);
+        QCOMPARE(e.w->lbFavDesc->ListCount(), 0);
     }
 
     void failedCloseKeepsTheEditorOpen()
     {
-        TestEnvironment env;
-        writeFile(QStringLiteral("Pulsebox.fav"), kThree);
-        auto w = newMainWindow();
-        w->loadFavorites();
-        frmFavorites *editor = openEditor(*w);
-        selectRow(editor->List1, 2);
-        QTest::mouseClick(editor->Delete, Qt::LeftButton);
+        Editing e;
+        e.deleteRow(2);
         {
             FileSizeLimit full(8);
-            QTest::mouseClick(editor->cmClose, Qt::LeftButton);
+            QTest::mouseClick(e.editor->cmClose, Qt::LeftButton);
         }
-        QVERIFY(editor->isVisible());
-        QVERIFY(env.prompts.texts().last().contains(QStringLiteral("left as it was")));
-        QCOMPARE(readFile(QStringLiteral("Pulsebox.fav")), kThree);
-        QCOMPARE(w->lbFav->ListCount(), 3);
-        QTest::mouseClick(editor->cmClose, Qt::LeftButton);
-        QCOMPARE(w->lbFav->ListCount(), 2);
+        QVERIFY(e.editor->isVisible());
+        QVERIFY(e.env.prompts.texts().last().contains(QStringLiteral("left as it was")));
+        QCOMPARE(readFile(FavFile::kName), kThree);
+        QCOMPARE(e.w->lbFav->ListCount(), 3);
+        QTest::mouseClick(e.editor->cmClose, Qt::LeftButton);
+        QCOMPARE(e.w->lbFav->ListCount(), 2);
     }
 
     void oddAndDamagedFilesLoad()
