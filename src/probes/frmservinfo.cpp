@@ -22,10 +22,7 @@ frmServinfo::frmServinfo(const QString &text, QWidget *parent)
     Text1->setLineWrapMode(QPlainTextEdit::NoWrap);
     Text1->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     Text1->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
-    QFont fixed(u"Courier New"_s);
-    fixed.setStyleHint(QFont::TypeWriter);
-    fixed.setPointSizeF(8.25);
-    Text1->setFont(fixed);
+    Text1->setFont(Controls::fixedFont());
     Text1->setPlainText(QString(text).replace(u"\r\n"_s, u"\n"_s));
     Text1->setAccessibleName(u"Server information"_s);
     Command1 = Controls::button(this, "Command1", u"OK"_s, Twips::rect(2580, 4260, 1035, 375));

@@ -14,6 +14,15 @@ void applyDesignLook(QWidget *form)
     form->setFont(font);
 }
 
+QFont fixedFont()
+{
+    QFont fixed(QStringLiteral("Courier New"));
+    fixed.setStyleHint(QFont::TypeWriter);
+    fixed.setFixedPitch(true);
+    fixed.setPointSizeF(8.25);
+    return fixed;
+}
+
 QPushButton *button(QWidget *parent, const char *name, const QString &caption, QRect geometry)
 {
     constexpr int kMargins = 8;

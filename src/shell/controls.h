@@ -3,6 +3,7 @@
 #include <QString>
 #include <Qt>
 
+class QFont;
 class QLabel;
 class QLineEdit;
 class QPushButton;
@@ -13,6 +14,8 @@ class QWidget;
 namespace Controls {
 // The face the layouts were drawn for: a small sans-serif font.
 void applyDesignLook(QWidget *form);
+// The lists' fixed-width face, Courier New 8.25: the server rows are columns of text.
+QFont fixedFont();
 // The button's font shrinks until the caption fits: the system's fonts run wider
 // than the design's.
 QPushButton *button(QWidget *parent, const char *name, const QString &caption, QRect geometry);

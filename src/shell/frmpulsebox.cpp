@@ -143,11 +143,7 @@ void frmPulsebox::buildControls(QWidget *client)
     List1 = new VbList(true, client);
     List1->setObjectName(u"List1"_s);
     List1->setGeometry(rect(180, 1680, 9735, 1950));
-    QFont fixed(u"Courier New"_s);
-    fixed.setStyleHint(QFont::TypeWriter);
-    fixed.setFixedPitch(true);
-    fixed.setPointSizeF(8.25);
-    List1->setFont(fixed);
+    List1->setFont(Controls::fixedFont());
     List1->setAccessibleName(u"Server Information"_s);
 
     Command2 = button(client, "Command2", u"Refresh List"_s, u"Refresh Server List"_s, rect(180, 3660, 1035, 495), true);

@@ -1,5 +1,6 @@
 #include "shell/frmsplash.h"
 
+#include "shell/controls.h"
 #include "shell/pulseboxmod.h"
 #include "shell/ticker.h"
 #include "shell/twips.h"
@@ -41,23 +42,11 @@ QPixmap PulseboxLogo(int width, int height)
     return pixmap;
 }
 
-namespace {
-QLabel *arialLabel(QWidget *parent, const char *name, const QString &text, bool bold)
-{
-    auto *label = new QLabel(text, parent);
-    label->setObjectName(QLatin1String(name));
-    QFont font(u"Arial"_s);
-    font.setBold(bold);
-    label->setFont(font);
-    label->setAccessibleName(text);
-    return label;
-}
-}
-
 frmSplash::frmSplash(Ticker *startupClock, QWidget *parent)
     : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint), startupClock_(startupClock)
 {
     setObjectName(u"frmSplash"_s);
+    setFont(QFont(u"Arial"_s));
     setAttribute(Qt::WA_DeleteOnClose);
     setFixedSize(Twips::size(7380, 3015));
     auto *frame = new QGroupBox(this);
@@ -71,14 +60,10 @@ frmSplash::frmSplash(Ticker *startupClock, QWidget *parent)
     imgLogo->setAccessibleName(u"Pulsebox logo"_s);
 
     const QString version = u"Version "_s + QStringLiteral(PULSEBOX_VERSION);
-    lblVersion = arialLabel(frame, "lblVersion", version, true);
-    lblVersion->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    lblVersion->setGeometry(Twips::rect(3630, 1080, 2400, 300));  // right edge at 6030
-    lblPlatform = arialLabel(frame, "lblPlatform", u"Win95"_s, true);
-    lblPlatform->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    lblPlatform->setGeometry(Twips::rect(3600, 720, 2400, 300));  // right edge at 6000
-    Label1 = arialLabel(frame, "Label1", u"Use at your own risk."_s, false);
-    Label1->setGeometry(Twips::rect(4560, 1620, 2400, 300));
+    // Right-aligned: the right edges stand at 6030 and 6000.
+    lblVersion = Controls::label(frame, "lblVersion", version, Twips::rect(3630, 1080, 2400, 300), Qt::AlignRight, true);
+    lblPlatform = Controls::label(frame, "lblPlatform", u"Win95"_s, Twips::rect(3600, 720, 2400, 300), Qt::AlignRight, true);
+    Label1 = Controls::label(frame, "Label1", u"Use at your own risk."_s, Twips::rect(4560, 1620, 2400, 300));
 
     // A click on the frame, the picture or a label closes the window.
     for (QWidget *w : std::initializer_list<QWidget *>{frame, imgLogo, lblVersion, lblPlatform, Label1})
