@@ -1,6 +1,6 @@
 #pragma once
 #include "launch/programstarter.h"
-#include "probes/icmpecho.h"
+#include "probes/echoservice.h"
 #include "shell/prompts.h"
 
 #include <QHash>

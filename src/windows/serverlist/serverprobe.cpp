@@ -1,6 +1,6 @@
 // One server entry of a refresh: resolve, ping, judge, query, record.
 #include "probes/address.h"
-#include "probes/icmpecho.h"
+#include "probes/echoservice.h"
 #include "serverlist/serverentry.h"
 #include "serverlist/urltext.h"
 #include "shell/frmpulsebox.h"
