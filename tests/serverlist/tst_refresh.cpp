@@ -32,7 +32,7 @@ Demo::Server fake(const char *address, quint16 port, const char *protocol, const
 }
 
 ScriptedEcho::Outcome ms(quint32 rtt) { return {1, 0, rtt}; }
-constexpr ScriptedEcho::Outcome kTimedOut{0, 11010, 0};
+const ScriptedEcho::Outcome kTimedOut{0, 11010, 0};
 
 // The main window, a list web server and game servers on loopback.
 struct Refresh {

@@ -10,15 +10,33 @@
 #include <QFile>
 #include <QTcpServer>
 
-void ScriptedPrompter::message(const QString &text, const QString &title, Icon)
+void ScriptedPrompter::message(const QString &text, const QString &title, Icon icon)
 {
-    shown.append({QStringLiteral("message"), text, title});
+    shown.append({QStringLiteral("message"), text, title, icon});
 }
 
 bool ScriptedPrompter::question(const QString &text, const QString &title)
 {
     shown.append({QStringLiteral("question"), text, title});
     return answers.isEmpty() ? false : answers.takeFirst();
+}
+
+QString ScriptedPrompter::openFileName(const QString &title, const QString &filter)
+{
+    shown.append({QStringLiteral("open"), filter, title});
+    return fileNames.isEmpty() ? QString() : fileNames.takeFirst();
+}
+
+QString ScriptedPrompter::saveFileName(const QString &title, const QString &filter)
+{
+    shown.append({QStringLiteral("save"), filter, title});
+    return fileNames.isEmpty() ? QString() : fileNames.takeFirst();
+}
+
+QString ScriptedPrompter::input(const QString &prompt, const QString &title, const QString &defaultText)
+{
+    shown.append({QStringLiteral("input"), prompt, title, Icon::None, defaultText});
+    return inputs.isEmpty() ? QString() : inputs.takeFirst();
 }
 
 QStringList ScriptedPrompter::texts() const
@@ -42,7 +60,7 @@ int ScriptedEcho::sendEcho(qint32 destination, const QByteArray &, int ttl, int,
     auto it = script.find(dotted);
     if (it != script.end() && !it->isEmpty())
         outcome = it->size() > 1 ? it->takeFirst() : it->first();
-    reply.Address = destination;
+    reply.Address = outcome.from.isEmpty() ? destination : DottedToAddress(outcome.from);
     reply.Status = outcome.status;
     reply.RoundTripTime = outcome.rtt;
     return outcome.result;

@@ -17,17 +17,24 @@ class frmPulsebox;
 class ScriptedPrompter : public Prompter {
 public:
     struct Shown {
-        QString kind;  // "message" or "question"
+        Shown(QString kind, QString text, QString title, Icon icon = Icon::None, QString defaultText = {})
+            : kind(kind), text(text), title(title), icon(icon), defaultText(defaultText) {}
+        QString kind;  // "message", "question", "input", "open" or "save"
         QString text;
         QString title;
+        Icon icon;
+        QString defaultText;  // of an input box
     };
     QList<Shown> shown;
-    QList<bool> answers;  // for the questions, in order; No once they run out
+    QList<bool> answers;     // for the questions, in order; No once they run out
+    QStringList inputs;      // typed into the input boxes, in order; cancelled once they run out
+    QStringList fileNames;   // chosen in the file dialogs, in order; cancelled once they run out
 
     void message(const QString &text, const QString &title, Icon icon) override;
     bool question(const QString &text, const QString &title) override;
-    QString openFileName(const QString &, const QString &) override { return {}; }
-    QString saveFileName(const QString &, const QString &) override { return {}; }
+    QString openFileName(const QString &title, const QString &filter) override;
+    QString saveFileName(const QString &title, const QString &filter) override;
+    QString input(const QString &prompt, const QString &title, const QString &defaultText) override;
     QStringList texts() const;
 };
 
@@ -35,9 +42,12 @@ public:
 class ScriptedEcho : public EchoService {
 public:
     struct Outcome {
+        Outcome(int result, quint32 status, quint32 rtt, QString from = {})
+            : result(result), status(status), rtt(rtt), from(from) {}
         int result;
         quint32 status;
         quint32 rtt;
+        QString from;  // dotted address of who answered; empty for the destination itself
     };
     QHash<QString, QList<Outcome>> script;  // consumed in order; the last one repeats
     QList<QPair<QString, int>> sent;        // destination and time-to-live of every call

@@ -2,6 +2,8 @@
 
 #include <QApplication>
 #include <QFileDialog>
+#include <QInputDialog>
+#include <QLineEdit>
 #include <QMessageBox>
 
 namespace {
@@ -39,4 +41,9 @@ QString DialogPrompter::openFileName(const QString &title, const QString &filter
 QString DialogPrompter::saveFileName(const QString &title, const QString &filter)
 {
     return QFileDialog::getSaveFileName(QApplication::activeWindow(), title, QString(), filter);
+}
+
+QString DialogPrompter::input(const QString &prompt, const QString &title, const QString &defaultText)
+{
+    return QInputDialog::getText(QApplication::activeWindow(), title, prompt, QLineEdit::Normal, defaultText);
 }

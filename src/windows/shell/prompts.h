@@ -16,6 +16,8 @@ public:
     // File names; empty when the user cancels.
     virtual QString openFileName(const QString &title, const QString &filter) = 0;
     virtual QString saveFileName(const QString &title, const QString &filter) = 0;
+    // A line of text typed by the user; empty when the box is cancelled.
+    virtual QString input(const QString &prompt, const QString &title, const QString &defaultText) = 0;
 };
 
 // The real dialogs, parented to the active window.
@@ -25,4 +27,5 @@ public:
     bool question(const QString &text, const QString &title) override;
     QString openFileName(const QString &title, const QString &filter) override;
     QString saveFileName(const QString &title, const QString &filter) override;
+    QString input(const QString &prompt, const QString &title, const QString &defaultText) override;
 };
