@@ -1,0 +1,212 @@
+#include "pinglists/pinglist.h"
+#include "probes/address.h"
+
+#include <QRandomGenerator>
+#include <QtEndian>
+#include <QtTest>
+
+namespace {
+QByteArray le32(qint32 v)
+{
+    char b[4];
+    qToLittleEndian(v, b);
+    return QByteArray(b, 4);
+}
+
+QByteArray header(qint32 p, qint32 n) { return PingList::kMagic + le32(p) + le32(n); }
+
+ServerRec server(const char *dotted, qint32 port, qint32 ping, qint32 hops, const char *name, qint16 fav)
+{
+    ServerRec r;
+    r.Address = DottedToAddress(QLatin1String(dotted));
+    r.Port = port;
+    r.PingMs = ping;
+    r.Hops = hops;
+    r.HostName = (QLatin1String(name) + QString(50, u' ')).left(50);
+    r.Version = QStringLiteral("3.19 ");
+    r.IsFavorite = fav;
+    return r;
+}
+
+// Two players of N servers each, names and records all different.
+MatcherData twoPlayers(int n)
+{
+    MatcherData d;
+    d.PlayerCount = 2;
+    d.MatchServerCount = n;
+    d.recreateNames(2);
+    d.recreateLists(2, n);
+    d.PlayerNames[1] = PingList::fixedName(QStringLiteral("Alice"));
+    d.PlayerNames[2] = PingList::fixedName(QStringLiteral("Bob \u00e9\u20ac"));
+    for (int s = 1; s <= n; ++s) {
+        d.PlayerLists[1][static_cast<size_t>(s)] = server("127.0.50.1", 27900 + s, 10 * s, s, "Arena", s % 2);
+        d.PlayerLists[2][static_cast<size_t>(s)].PingMs = 20 * s;
+        d.PlayerLists[2][static_cast<size_t>(s)].Hops = s + 1;
+    }
+    return d;
+}
+
+MatcherData earlier()
+{
+    MatcherData d = twoPlayers(1);
+    d.PlayerNames[1] = PingList::fixedName(QStringLiteral("Earlier"));
+    return d;
+}
+}
+
+class TestPingList : public QObject {
+    Q_OBJECT
+private slots:
+    void recordLayout()
+    {
+        const ServerRec r = server("127.1.2.3", 27910, 45, 7, "Pulse Arena", 1);
+        const QByteArray bytes = PingList::recordBytes(r);
+        QCOMPARE(bytes.size(), 73);
+        QCOMPARE(bytes.left(16), QByteArray::fromHex("7f010203" "066d0000" "2d000000" "07000000"));
+        QCOMPARE(bytes.mid(16, 50), QByteArray("Pulse Arena").leftJustified(50, ' '));
+        QCOMPARE(bytes.mid(66, 7), QByteArray("3.19 \x01\x00", 7));
+        QCOMPARE(PingList::recordFrom(bytes.constData()), r);
+        // Never-assigned texts are zero bytes; short texts are padded with blanks.
+        ServerRec fresh;
+        fresh.Version = QStringLiteral("3.2");
+        QCOMPARE(PingList::recordBytes(fresh), QByteArray(16 + 50, '\0') + QByteArray("3.2  \0\0", 7));
+    }
+
+    void roundTripOfTheMatcher()
+    {
+        MatcherData d = twoPlayers(3);
+        d.addPlayer();  // a cancelled Ping run: name never assigned, zero records
+        const QByteArray bytes = PingList::matcherBytes(d);
+        QCOMPARE(bytes.size(), 20 + 3 * (15 + 73 * 3));
+        QCOMPARE(bytes.mid(20 + 2 * (15 + 219), 15), QByteArray(15, '\0'));
+        const PingList::LoadResult r = PingList::read(bytes + "trailing bytes are ignored", earlier());
+        QCOMPARE(r.outcome, PingList::Outcome::Loaded);
+        QVERIFY(r.messages.isEmpty());
+        QCOMPARE(r.data, d);
+    }
+
+    // Each stop leaves the data as far as the load got, and says why.
+    void failuresAndTheStateTheyLeave()
+    {
+        const MatcherData before = earlier();
+        const auto only = [](const PingList::LoadResult &r) {
+            return r.messages.size() == 1 && r.messages[0].title == QLatin1String("Pulsebox") && r.messages[0].exclamation
+                ? r.messages[0].text : QStringLiteral("<other messages>");
+        };
+        for (const QByteArray &bytes : {QByteArray(), QByteArray("Pulsebo"), QByteArray("pulsebox 1.0"), QByteArray("\0\0\0\0\0\0\0\0\0\0\0\0", 12)}) {
+            const PingList::LoadResult r = PingList::read(bytes, before);
+            QCOMPARE(only(r), QStringLiteral("Not a Pulsebox file"));
+            QCOMPARE(r.data, before);
+        }
+        for (const QByteArray &bytes : {QByteArray("Pulsebox"), QByteArray("Pulsebox 2.0") + le32(1) + le32(1)}) {
+            const PingList::LoadResult r = PingList::read(bytes, before);
+            QCOMPARE(r.outcome, PingList::Outcome::IncorrectVersion);
+            QCOMPARE(only(r), QStringLiteral("Incorrect version"));
+            QCOMPARE(r.data, before);
+        }
+        // P read and stored, then refused: nothing else changes. A missing P reads as 0.
+        for (qint32 p : {0, -1, PingList::kMaxPlayers + 1, std::numeric_limits<qint32>::max()}) {
+            const PingList::LoadResult r = PingList::read(header(p, 3) + QByteArray(5000, 'x'), before);
+            QCOMPARE(only(r), QStringLiteral("Invalid (Possibly Damaged) file"));
+            QCOMPARE(r.data.PlayerCount, p);
+            QCOMPARE(r.data.MatchServerCount, before.MatchServerCount);
+            QCOMPARE(r.data.PlayerNames, before.PlayerNames);
+            QCOMPARE(r.data.PlayerLists, before.PlayerLists);
+        }
+        QCOMPARE(PingList::read(PingList::kMagic + "\x01\x00", before).data.PlayerCount, 0);
+        // N read, names emptied for P players, then refused; the lists stay.
+        for (qint32 n : {0, -5, std::numeric_limits<qint32>::max(), (16 * 1024 * 1024 - 20 - 3 * 15) / (3 * 73) + 1}) {
+            const PingList::LoadResult r = PingList::read(header(3, n), before);
+            QCOMPARE(only(r), QStringLiteral("Invalid (Possibly Damaged) file"));
+            QCOMPARE(r.data.PlayerCount, 3);
+            QCOMPARE(r.data.MatchServerCount, n);
+            QCOMPARE(r.data.PlayerNames, std::vector<QString>(4, QString(15, QChar(0))));
+            QCOMPARE(r.data.PlayerLists, before.PlayerLists);
+        }
+        // The largest count that fits is accepted, however short the file.
+        const qint32 most = (16 * 1024 * 1024 - 20 - 15) / 73;
+        const PingList::LoadResult big = PingList::read(header(1, most), before);
+        QCOMPARE(big.outcome, PingList::Outcome::Loaded);
+        QCOMPARE(big.data.PlayerLists[1].size(), size_t(most) + 1);
+        QCOMPARE(big.messages.size(), 1);
+    }
+
+    void cutFilesKeepWhatWasRead()
+    {
+        const MatcherData full = twoPlayers(6);
+        const QByteArray bytes = PingList::matcherBytes(full);
+        // Cut inside player 1's fourth record.
+        PingList::LoadResult r = PingList::read(bytes.left(20 + 15 + 3 * 73 + 30), earlier());
+        QCOMPARE(r.outcome, PingList::Outcome::Loaded);
+        const QList<PingList::Message> ended{{QStringLiteral("File ended at: 5"), QStringLiteral("Error "), false},
+                                             {QStringLiteral("File ended at: 1"), QStringLiteral("Error "), false}};
+        QCOMPARE(r.messages, ended);
+        QCOMPARE(r.data.PlayerCount, 2);
+        QCOMPARE(r.data.MatchServerCount, 6);
+        QCOMPARE(r.data.PlayerNames[1], full.PlayerNames[1]);
+        QCOMPARE(r.data.PlayerNames[2], QString(15, QChar(0)));
+        for (size_t s = 1; s <= 3; ++s)
+            QCOMPARE(r.data.PlayerLists[1][s], full.PlayerLists[1][s]);
+        for (size_t s = 4; s <= 6; ++s) {
+            QCOMPARE(r.data.PlayerLists[1][s], ServerRec{});  // the cut record stays empty
+            QCOMPARE(r.data.PlayerLists[2][s], ServerRec{});
+        }
+        // Cut at a record's end: noticed before the next read. Cut in the last
+        // record of the last player: nothing to notice.
+        r = PingList::read(bytes.left(20 + 15 + 6 * 73 + 15 + 2 * 73), earlier());
+        QCOMPARE(r.messages.size(), 1);
+        QCOMPARE(r.messages[0].text, QStringLiteral("File ended at: 4"));
+        QCOMPARE(r.data.PlayerNames[2], full.PlayerNames[2]);
+        r = PingList::read(bytes.left(bytes.size() - 1), earlier());
+        QVERIFY(r.messages.isEmpty());
+        QCOMPARE(r.data.PlayerLists[2][6], ServerRec{});
+        QCOMPARE(r.data.PlayerLists[2][5], full.PlayerLists[2][5]);
+    }
+
+    // Hostile bytes: every length and content loads or fails with a message,
+    // with nothing allocated beyond the content limit.
+    void hostileBytes()
+    {
+        QRandomGenerator random(20261123);
+        const QByteArray good = PingList::matcherBytes(twoPlayers(4));
+        for (int round = 0; round < 3000; ++round) {
+            QByteArray bytes;
+            switch (round % 4) {
+            case 0:  // a good file, cut anywhere
+                bytes = good.left(random.bounded(good.size() + 1));
+                break;
+            case 1:  // a good file with a few bytes changed, counts included
+                bytes = good;
+                for (int i = random.bounded(1, 6); i > 0; --i)
+                    bytes[random.bounded(12, 24)] = char(random.bounded(256));
+                break;
+            case 2:  // the magic and random counts
+                bytes = header(qint32(random.generate()) % 64, qint32(random.generate()));
+                bytes += QByteArray(random.bounded(400), char(random.bounded(256)));
+                break;
+            default:  // anything
+                bytes.resize(random.bounded(64));
+                for (char &c : bytes)
+                    c = char(random.bounded(256));
+                if (random.bounded(2))
+                    bytes.replace(0, qMin<qsizetype>(12, bytes.size()), PingList::kMagic);
+                break;
+            }
+            const PingList::LoadResult r = PingList::read(bytes, earlier());
+            QVERIFY(r.outcome == PingList::Outcome::Loaded || r.messages.size() == 1);
+            if (r.outcome == PingList::Outcome::Loaded) {
+                QVERIFY(r.data.PlayerCount >= 1 && r.data.PlayerCount <= PingList::kMaxPlayers);
+                QCOMPARE(r.data.PlayerLists.size(), size_t(r.data.PlayerCount) + 1);
+                QVERIFY(20 + qint64(r.data.PlayerCount) * (15 + 73 * qint64(r.data.MatchServerCount))
+                        <= PingList::kMaxContentBytes);
+                QVERIFY(r.messages.size() <= r.data.PlayerCount);
+                // What was loaded saves again as the same file, cut parts as empty records.
+                const QByteArray again = PingList::matcherBytes(r.data);
+                QCOMPARE(PingList::read(again, MatcherData{}).data, r.data);
+            }
+        }
+    }
+};
+
+QTEST_GUILESS_MAIN(TestPingList)
+#include "tst_pinglist.moc"
