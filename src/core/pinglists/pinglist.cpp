@@ -72,6 +72,14 @@ const ServerRec *MatcherData::record(qint32 p, qint32 s) const
 
 namespace PingList {
 
+QString withDefaultSuffix(const QString &path)
+{
+    const QString fileName = path.mid(path.lastIndexOf(u'/') + 1);
+    if (fileName.isEmpty() || fileName.contains(u'.'))
+        return path;
+    return path + QStringLiteral(".Pbx");
+}
+
 QString fixedName(const QString &name)
 {
     return ServerRow::pad(name, kNameBytes);

@@ -47,6 +47,10 @@ constexpr int kRecordBytes = 73;
 constexpr qint64 kMaxContentBytes = 16 * 1024 * 1024;
 constexpr qint32 kMaxPlayers = 10000;
 
+// A file name without any extension gets ".Pbx"; one with an extension (".pbx",
+// ".txt" ...) is kept as typed.
+QString withDefaultSuffix(const QString &path);
+
 // A name as the file holds it: cut or blank-padded to 15 characters.
 QString fixedName(const QString &name);
 

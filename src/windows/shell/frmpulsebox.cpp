@@ -237,6 +237,9 @@ void frmPulsebox::connectHandlers()
     connect(mnuSettings, &QAction::triggered, this, &frmPulsebox::mnuSettings_Click);
     connect(mnuContents, &QAction::triggered, this, &frmPulsebox::mnuContents_Click);
     connect(mnuabout, &QAction::triggered, this, &frmPulsebox::mnuabout_Click);
+    connect(Command7, &QPushButton::clicked, this, &frmPulsebox::Command7_Click);
+    connect(mnufilesave, &QAction::triggered, this, &frmPulsebox::mnufilesave_Click);
+    connect(mnufileload, &QAction::triggered, this, &frmPulsebox::mnufileload_Click);
 
     connect(Timer1, &Ticker::timeout, this, [] { ++Mod().TimerTicks; });
     connect(Timer2, &Ticker::timeout, this, [] { ++Mod().SplashTicks; });

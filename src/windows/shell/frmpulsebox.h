@@ -69,6 +69,12 @@ public:
     void mnuSettings_Click();
     void mnuContents_Click();
     void mnuabout_Click();
+    void Command7_Click();      // Count Hops
+    void mnufilesave_Click();  // File, Save: the server table as a one-player ping list
+    void mnufileload_Click();  // File, Load: a ping list into the matcher, then the matcher
+    // Opens the matcher window modally over the data a load left in Mod(); the
+    // main window waits until it is closed.
+    void showMatcher();
 
     // The list fetch (its steps and the stream socket's events).
     bool fetchPrepare(QString *host);

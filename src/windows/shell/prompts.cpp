@@ -35,12 +35,17 @@ bool DialogPrompter::question(const QString &text, const QString &title)
 
 QString DialogPrompter::openFileName(const QString &title, const QString &filter)
 {
-    return QFileDialog::getOpenFileName(QApplication::activeWindow(), title, QString(), filter);
+    // Qt's own dialog matches the filter's patterns regardless of case, so a
+    // friend's "list.pbx" is offered under "*.Pbx" on a case-sensitive file system.
+    return QFileDialog::getOpenFileName(QApplication::activeWindow(), title, QString(), filter, nullptr,
+                                        QFileDialog::DontUseNativeDialog);
 }
 
 QString DialogPrompter::saveFileName(const QString &title, const QString &filter)
 {
-    return QFileDialog::getSaveFileName(QApplication::activeWindow(), title, QString(), filter);
+    // The program asks its own "File Exists, Replace?" after the dialog.
+    return QFileDialog::getSaveFileName(QApplication::activeWindow(), title, QString(), filter, nullptr,
+                                        QFileDialog::DontUseNativeDialog | QFileDialog::DontConfirmOverwrite);
 }
 
 QString DialogPrompter::input(const QString &prompt, const QString &title, const QString &defaultText)

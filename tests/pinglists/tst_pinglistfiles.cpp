@@ -1,0 +1,223 @@
+#include "support/testsupport.h"
+
+#include "pinglists/pinglist.h"
+#include "pinglists/pinglistfiles.h"
+#include "probes/address.h"
+#include "shell/frmpulsebox.h"
+#include "shell/pulseboxmod.h"
+#include "shell/serverrow.h"
+
+#include <QAction>
+#include <QtEndian>
+#include <QtTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+QByteArray le32(qint32 v)
+{
+    char b[4];
+    qToLittleEndian(v, b);
+    return QByteArray(b, 4);
+}
+
+using Icon = Prompter::Icon;
+
+struct Files {
+    TestEnvironment env;
+    std::unique_ptr<frmPulsebox> window = newMainWindow();
+
+    void add(const char *dotted, qint32 port, qint32 ping, qint32 hops, const QString &name, bool favorite)
+    {
+        ServerRec r;
+        r.Address = DottedToAddress(QLatin1String(dotted));
+        r.Port = port;
+        r.PingMs = ping;
+        r.Hops = hops;
+        r.HostName = ServerRow::pad(name, 50);
+        r.Version = ServerRow::pad(u"3.20"_s, 5);
+        r.IsFavorite = favorite ? 1 : 0;
+        Mod().appendServer(r);
+    }
+    void save(const QString &file, QList<bool> answers = {}, QStringList names = {})
+    {
+        env.prompts.shown.clear();
+        env.prompts.fileNames = {file};
+        env.prompts.answers = answers;
+        env.prompts.inputs = names;
+        window->mnufilesave->trigger();
+    }
+    void load(const QString &file)
+    {
+        env.prompts.shown.clear();
+        env.prompts.fileNames = {file};
+        window->mnufileload->trigger();
+    }
+    // The messages the last command showed: text, title and icon.
+    QStringList messages() const
+    {
+        QStringList list;
+        for (const auto &s : env.prompts.shown)
+            if (s.kind == u"message"_s)
+                list << s.text + u'|' + s.title + u'|' + QString::number(int(s.icon));
+        return list;
+    }
+};
+
+const QString kDamaged = u"Invalid (Possibly Damaged) file|Pulsebox|%1"_s.arg(int(Icon::Warning));
+}
+
+class TestPingListFiles : public QObject {
+    Q_OBJECT
+private slots:
+    // The saved file, byte for byte, and the prompts on the way.
+    void saveTheServerTable()
+    {
+        Files f;
+        f.add("127.0.70.1", 27910, 45, 3, u"Caf\u00e9 Arena \u20ac"_s, true);
+        f.add("127.0.70.2", 27911, 120, 0, u"Far"_s, false);
+        f.save(u"mine"_s, {}, {u"Alice"_s});
+
+        QCOMPARE(f.env.prompts.shown.size(), 2);  // the dialog and the name: no question for a new file
+        QCOMPARE(f.env.prompts.shown[0].kind, u"save"_s);
+        QCOMPARE(f.env.prompts.shown[0].text, u"Pulsebox (*.Pbx)"_s);
+        QCOMPARE(f.env.prompts.shown[1].kind, u"input"_s);
+        QCOMPARE(f.env.prompts.shown[1].text, u"Your name:"_s);
+        QCOMPARE(f.env.prompts.shown[1].defaultText, u"Unknown"_s);
+
+        QByteArray expected = "Pulsebox 1.0" + le32(1) + le32(2) + "Alice          ";
+        expected += QByteArray::fromHex("7f004601" "066d0000" "2d000000" "03000000");
+        expected += QByteArray("Caf\xe9 Arena \x80").leftJustified(50, ' ') + "3.20 " + QByteArray("\x01\x00", 2);
+        expected += QByteArray::fromHex("7f004602" "076d0000" "78000000" "00000000");
+        expected += QByteArray("Far").leftJustified(50, ' ') + "3.20 " + QByteArray("\x00\x00", 2);
+        QCOMPARE(expected.size(), 20 + 15 + 2 * 73);
+        QCOMPARE(readFile(u"mine.Pbx"_s), expected);  // no extension typed: ".Pbx" added
+        QCOMPARE(readFile(u"mine"_s), QByteArray("<missing>"));
+
+        // A name of 20 characters keeps 15; a cancelled name box gives "Unknown".
+        f.save(u"long.pbx"_s, {}, {u"ABCDEFGHIJKLMNOPQRST"_s});
+        QCOMPARE(readFile(u"long.pbx"_s).mid(20, 15), QByteArray("ABCDEFGHIJKLMNO"));
+        f.save(u"anon.Pbx"_s);
+        QCOMPARE(readFile(u"anon.Pbx"_s).mid(20, 15), QByteArray("Unknown        "));
+
+        // Saving changes no matcher data.
+        QCOMPARE(Mod().PlayerCount, 0);
+        QVERIFY(Mod().PlayerNames.empty());
+    }
+
+    void replaceOnlyOnYes()
+    {
+        Files f;
+        f.add("127.0.70.1", 27910, 45, 3, u"A"_s, false);
+        writeFile(u"old.Pbx"_s, "keep me");
+        f.save(u"old.Pbx"_s, {false}, {u"Bob"_s});
+        QCOMPARE(f.env.prompts.texts(), QStringList({u"Pulsebox (*.Pbx)"_s, u"File Exists, Replace?"_s}));
+        QCOMPARE(f.env.prompts.shown[1].title, u"Pulsebox"_s);
+        QCOMPARE(readFile(u"old.Pbx"_s), QByteArray("keep me"));
+        f.save(u"old.Pbx"_s, {true}, {u"Bob"_s});
+        QCOMPARE(readFile(u"old.Pbx"_s).size(), 20 + 15 + 73);
+
+        // A cancelled dialog: nothing asked, nothing written.
+        f.save(QString());
+        QCOMPARE(f.env.prompts.shown.size(), 1);
+
+        // A write that fails leaves the old file whole and says so.
+        {
+            FileSizeLimit limit(40);
+            f.save(u"old.Pbx"_s, {true}, {u"Carol"_s});
+        }
+        QCOMPARE(readFile(u"old.Pbx"_s).mid(20, 3), QByteArray("Bob"));
+        QCOMPARE(f.messages().size(), 1);
+        QVERIFY(f.messages()[0].startsWith(u"Could not save old.Pbx"_s));
+    }
+
+    // Before any refresh: 35 bytes, which a load refuses as damaged.
+    void emptyTableAndLoadFailures()
+    {
+        Files f;
+        f.save(u"empty.Pbx"_s, {}, {u"Al"_s});
+        QCOMPARE(readFile(u"empty.Pbx"_s), "Pulsebox 1.0" + le32(1) + le32(0) + "Al             ");
+
+        MatcherData &data = Mod();
+        data.PlayerCount = 1;
+        data.MatchServerCount = 1;
+        data.recreateNames(1);
+        data.recreateLists(1, 1);
+        data.PlayerNames[1] = PingList::fixedName(u"Earlier"_s);
+        const MatcherData before = data;
+
+        f.load(u"empty.Pbx"_s);
+        QCOMPARE(f.messages(), QStringList{kDamaged});
+        QCOMPARE(data.PlayerCount, 1);
+        QCOMPARE(data.MatchServerCount, 0);
+        QCOMPARE(data.PlayerNames, std::vector<QString>(2, QString(15, QChar(0))));  // emptied before N was refused
+        QCOMPARE(data.PlayerLists, before.PlayerLists);
+
+        static_cast<MatcherData &>(Mod()) = before;
+        writeFile(u"text.Pbx"_s, "Pulse");
+        f.load(u"text.Pbx"_s);
+        QCOMPARE(f.messages(), QStringList{u"Not a Pulsebox file|Pulsebox|%1"_s.arg(int(Icon::Warning))});
+        QCOMPARE(static_cast<MatcherData &>(Mod()), before);
+        writeFile(u"v2.Pbx"_s, "Pulsebox 2.0" + le32(1) + le32(1));
+        f.load(u"v2.Pbx"_s);
+        QCOMPARE(f.messages(), QStringList{u"Incorrect version|Pulsebox|%1"_s.arg(int(Icon::Warning))});
+        QCOMPARE(static_cast<MatcherData &>(Mod()), before);
+        writeFile(u"negative.Pbx"_s, "Pulsebox 1.0" + le32(-2) + le32(1));
+        f.load(u"negative.Pbx"_s);
+        QCOMPARE(f.messages(), QStringList{kDamaged});
+        QCOMPARE(Mod().PlayerCount, -2);  // stored before it was checked
+        QCOMPARE(Mod().PlayerNames, before.PlayerNames);
+        // A 2 GiB count is refused without trying to hold it.
+        writeFile(u"huge.Pbx"_s, "Pulsebox 1.0" + le32(1) + le32(0x7FFFFFFF) + QByteArray(15 + 73, 'x'));
+        f.load(u"huge.Pbx"_s);
+        QCOMPARE(f.messages(), QStringList{kDamaged});
+        // The dialog's cancel: nothing at all.
+        f.load(QString());
+        QCOMPARE(f.env.prompts.shown.size(), 1);
+        QCOMPARE(f.env.prompts.shown[0].kind, u"open"_s);
+        QCOMPARE(f.env.prompts.shown[0].text, u"Pulsebox (*.Pbx)"_s);
+    }
+
+    // The matcher's save and a load give back the same players; a cut file says
+    // where each player's list ended and keeps what was read.
+    void matcherSaveAndLoad()
+    {
+        Files f;
+        MatcherData &data = Mod();
+        data.PlayerCount = 2;
+        data.MatchServerCount = 5;
+        data.recreateNames(2);
+        data.recreateLists(2, 5);
+        data.PlayerNames[1] = PingList::fixedName(u"Alice"_s);
+        for (qint32 s = 1; s <= 5; ++s) {
+            ServerRec &r = data.PlayerLists[1][static_cast<size_t>(s)];
+            r.Address = DottedToAddress(u"127.0.71.%1"_s.arg(s));
+            r.Port = 27910;
+            r.PingMs = 10 * s;
+            r.HostName = ServerRow::pad(u"Arena %1"_s.arg(s), 50);
+            data.PlayerLists[2][static_cast<size_t>(s)].PingMs = 20 * s;  // a Ping run's record
+        }
+        const MatcherData saved = data;
+        f.env.prompts.fileNames = {u"both"_s};
+        PingListFiles::cmdSave();
+        QCOMPARE(f.env.prompts.texts(), QStringList{u"Pulsebox (*.Pbx)"_s});  // no name prompt
+        const QByteArray bytes = readFile(u"both.Pbx"_s);
+        QCOMPARE(bytes.size(), 20 + 2 * (15 + 73 * 5));
+        QCOMPARE(bytes.mid(20 + 15 + 5 * 73, 15), QByteArray(15, '\0'));  // a name never assigned
+
+        static_cast<MatcherData &>(Mod()) = MatcherData{};
+        f.load(u"both.Pbx"_s);
+        QVERIFY(f.messages().isEmpty());
+        QCOMPARE(static_cast<MatcherData &>(Mod()), saved);
+
+        writeFile(u"cut.Pbx"_s, bytes.left(20 + 15 + 3 * 73 + 40));
+        f.load(u"cut.Pbx"_s);
+        QCOMPARE(f.messages(), QStringList({u"File ended at: 5|Error |0"_s, u"File ended at: 1|Error |0"_s}));
+        QCOMPARE(Mod().PlayerCount, 2);
+        QCOMPARE(Mod().PlayerLists[1][3], saved.PlayerLists[1][3]);
+        QCOMPARE(Mod().PlayerLists[1][4], ServerRec{});
+    }
+};
+
+QTEST_MAIN(TestPingListFiles)
+#include "tst_pinglistfiles.moc"

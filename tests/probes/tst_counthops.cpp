@@ -1,0 +1,238 @@
+#include "support/testsupport.h"
+
+#include "probes/address.h"
+#include "shell/frmpulsebox.h"
+#include "shell/pulseboxmod.h"
+#include "shell/serverrow.h"
+#include "shell/vblist.h"
+
+#include <QAction>
+#include <QFrame>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
+#include <QTimer>
+#include <QtTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+using Outcome = ScriptedEcho::Outcome;
+Outcome router(const char *dotted, quint32 rtt = 5) { return {1, 11013, rtt, QLatin1String(dotted)}; }
+Outcome arrives(quint32 rtt = 9) { return {1, 0, rtt}; }
+const Outcome kSilent{0, 11010, 0};
+
+// The main window over a server table as a refresh leaves it. Ticks run at their
+// real pace, so the tick rule only fires where a test moves the counter itself.
+struct Hops {
+    TestEnvironment env{1.0};
+    std::unique_ptr<frmPulsebox> window = newMainWindow();
+    Hops() { window->Command7->setEnabled(true); }  // as the end of a refresh leaves it
+
+    // One record and its row; the ping orders the rows.
+    void add(qint64 ping, const char *dotted, qint32 port, bool favorite, qint32 hops = 0)
+    {
+        ServerRec r;
+        r.Address = DottedToAddress(QLatin1String(dotted));
+        r.Port = port;
+        r.PingMs = qint32(ping);
+        r.Hops = hops;
+        r.HostName = ServerRow::pad(QStringLiteral("Arena"), 50);
+        r.Version = ServerRow::pad(QStringLiteral("3.20"), 5);
+        r.IsFavorite = favorite ? 1 : 0;
+        const qint32 k = Mod().appendServer(r);
+        const QString row = ServerRow::format(ping, favorite, QStringLiteral("%1:%2").arg(QLatin1String(dotted)).arg(port),
+                                              QStringLiteral("Arena"), QStringLiteral("3.20"), QStringLiteral("q2dm1"),
+                                              QStringLiteral(" 0/ 8"));
+        window->List1->SetItemData(window->List1->AddItem(row), k);
+    }
+    void run(bool yes = true)
+    {
+        env.prompts.answers = {yes};
+        window->Command7->click();
+    }
+    QStringList log() const { return window->lbReturn->Texts(); }
+    QString hopColumn(int row) const { return window->List1->List(row).mid(58, 7); }
+    qint32 hops(int k) const { return Mod().Servers[static_cast<size_t>(k)].Hops; }
+    void verifyRestored() const
+    {
+        QCOMPARE(window->Statusbar->text(), QStringLiteral("Done..."));
+        QVERIFY(!window->Command1->isEnabled());
+        for (QWidget *w : std::initializer_list<QWidget *>{window->Command2, window->Command7, window->txTTL, window->Text4})
+            QVERIFY2(w->isEnabled(), qPrintable(w->objectName()));
+        QVERIFY(!window->Command6->isEnabled());
+        QVERIFY(window->mnuPing->menuAction()->isEnabled());
+        QVERIFY(window->Shape1->isHidden() && window->Shape2->isHidden());
+        QCOMPARE(Mod().CancelRequested, qint16(0));
+        QCOMPARE(Mod().TimerTicks < 5, true);
+    }
+};
+}
+
+class TestCountHops : public QObject {
+    Q_OBJECT
+private slots:
+    void directAndRoutedServers()
+    {
+        Hops h;
+        h.add(10, "127.0.60.1", 27910, false);
+        h.add(20, "127.0.60.2", 27910, false);
+        h.env.echo.script[QStringLiteral("127.0.60.2")] = {router("127.0.61.1"), router("127.0.61.2", 6),
+                                                           router("127.0.61.3", 7), arrives(12)};
+        h.window->lbReturn->AddItem(QStringLiteral("from the refresh"));
+        h.window->List1->SetListIndex(1);
+        h.window->Command6->setEnabled(true);
+        h.run();
+
+        const ScriptedPrompter::Shown &asked = h.env.prompts.shown.value(0, {{}, {}, {}});
+        QCOMPARE(asked.kind, QStringLiteral("question"));
+        QCOMPARE(asked.text, QStringLiteral("This may take a long time.  Are you sure?"));
+        QCOMPARE(asked.title, QStringLiteral("Are you sure?"));
+        QCOMPARE(h.env.prompts.shown.size(), 1);  // nothing else, whatever happens
+
+        QCOMPARE(h.log(), (QStringList{QStringLiteral("Trace Route: Hop 1 127.0.60.1 time=10 ms."),
+                                       QStringLiteral("Trace Route: Hop 1 127.0.61.1 time=5 ms."),
+                                       QStringLiteral("Trace Route: Hop 2 127.0.61.2 time=6 ms."),
+                                       QStringLiteral("Trace Route: Hop 3 127.0.61.3 time=7 ms."),
+                                       QStringLiteral("Trace Route: Hop 4 127.0.60.2 time=12 ms.")}));
+        QCOMPARE(h.window->lbReturn->ListIndex(), 4);  // the newest line selected
+        const QString a = QStringLiteral("127.0.60.1"), b = QStringLiteral("127.0.60.2");
+        const QList<QPair<QString, int>> sent{{a, 1}, {b, 1}, {b, 2}, {b, 3}, {b, 4}};
+        QCOMPARE(h.env.echo.sent, sent);
+        QCOMPARE(h.hopColumn(0), QStringLiteral(" -   1 "));
+        QCOMPARE(h.hopColumn(1), QStringLiteral(" -   4 "));
+        QVERIFY(h.window->List1->List(0).endsWith(QStringLiteral(" 0/ 8")));
+        QCOMPARE(h.hops(1), 1);
+        QCOMPARE(h.hops(2), 4);
+        QCOMPARE(h.window->txIPAddress->text(), QStringLiteral("127.0.60.2"));
+        QVERIFY(h.window->lbHops->isVisible());
+        h.verifyRestored();
+
+        // No: only the status line changes.
+        h.run(false);
+        QCOMPARE(h.log().size(), 5);
+        QCOMPARE(h.env.echo.sent.size(), 5);
+        QCOMPARE(h.window->Statusbar->text(), QStringLiteral("Done..."));
+
+        // An empty list: no probe, the controls restored all the same.
+        Mod().clearServers();
+        h.window->List1->Clear();
+        h.run();
+        QVERIFY(h.log().isEmpty());
+        QCOMPARE(h.env.echo.sent.size(), 5);
+        h.verifyRestored();
+    }
+
+    // A silent router is asked again with the same time-to-live until the ticks
+    // of the trace pass 5; from then on every probe also counts a silent hop.
+    void silentRouterAndTheTickRule()
+    {
+        Hops h;
+        h.add(10, "127.0.60.3", 27910, false);
+        h.env.echo.script[QStringLiteral("127.0.60.3")] = {router("127.0.61.1"), kSilent, kSilent, router("127.0.61.3"),
+                                                           arrives()};
+        int calls = 0;
+        h.env.echo.onSend = [&calls] {
+            if (++calls == 3)
+                Mod().TimerTicks = 6;  // the two silent calls took their 2.7 s each
+        };
+        h.run();
+        QCOMPARE(h.log(), (QStringList{QStringLiteral("Trace Route: Hop 1 127.0.61.1 time=5 ms."),
+                                       QStringLiteral("Trace Route: Hop 2 *.*.*.* time=*** ms."),
+                                       QStringLiteral("Trace Route: Hop 3 127.0.61.3 time=5 ms."),
+                                       QStringLiteral("Trace Route: Hop 4 *.*.*.* time=*** ms."),
+                                       QStringLiteral("Trace Route: Hop 5 127.0.60.3 time=9 ms."),
+                                       QStringLiteral("Trace Route: Hop 6 *.*.*.* time=*** ms.")}));
+        QList<int> ttls;
+        for (const auto &s : h.env.echo.sent)
+            ttls << s.second;
+        QCOMPARE(ttls, (QList<int>{1, 2, 2, 3, 5}));
+        QCOMPARE(h.hops(1), 6);
+        QCOMPARE(h.hopColumn(0), QStringLiteral(" -   6 "));
+    }
+
+    // The bound is read after every probe; text that is no number counts as 0.
+    void boundFromTxTTL()
+    {
+        Hops h;
+        h.add(10, "127.0.60.4", 27910, false, 7);
+        h.add(20, "127.0.60.5", 27910, false, 7);
+        h.env.echo.script[QStringLiteral("127.0.60.4")] = {router("127.0.61.1")};
+        h.env.echo.script[QStringLiteral("127.0.60.5")] = {kSilent};
+        for (const char *text : {"0", "abc"}) {
+            h.env.echo.sent.clear();
+            h.window->txTTL->setText(QLatin1String(text));
+            h.run();
+            QCOMPARE(h.env.echo.sent.size(), 2);  // one probe per server
+            QCOMPARE(h.hops(1), 1);
+            QCOMPARE(h.hops(2), 0);
+            QCOMPARE(h.hopColumn(0), QStringLiteral(" -   1 "));
+            QCOMPARE(h.hopColumn(1), QStringLiteral(" -     "));
+            QCOMPARE(h.window->txTTL->text(), QLatin1String(text));
+        }
+        // Edited during the run: the trace stops once the counter passes the new value.
+        h.window->txTTL->setText(QStringLiteral("90"));
+        h.env.echo.sent.clear();
+        h.env.echo.onSend = [&h] {
+            if (h.env.echo.sent.size() == 2)
+                h.window->txTTL->setText(QStringLiteral("2"));
+        };
+        h.run();
+        QCOMPARE(h.hops(1), 2);  // 127.0.60.4 only ever answers from a router
+        QCOMPARE(h.env.echo.sent.value(3).first, QStringLiteral("127.0.60.5"));
+    }
+
+    // Each trace stores its count in the records of its own origin only; records of
+    // the same address on another port count as the same host.
+    void originsOfOneAddress()
+    {
+        Hops h;
+        h.add(10, "127.0.60.6", 27910, true, 9);
+        h.add(20, "127.0.60.6", 27910, false, 9);
+        h.add(30, "127.0.60.6", 27911, false, 9);
+        h.add(40, "127.0.60.7", 27910, true, 9);
+        h.env.echo.script[QStringLiteral("127.0.60.6")] = {arrives(), router("127.0.61.1"), arrives()};
+        h.run();
+        QCOMPARE(h.hops(1), 1);  // the favorite row's trace
+        // Both web-list rows trace the address; the last trace (answered at once)
+        // sets both records, while the second row keeps the text of its own trace.
+        QCOMPARE(h.hops(2), 1);
+        QCOMPARE(h.hops(3), 1);
+        QCOMPARE(h.hops(4), 1);
+        QCOMPARE(h.window->List1->List(0).at(5), QChar(u'*'));
+        QCOMPARE(h.hopColumn(0), QStringLiteral(" -   1 "));
+        QCOMPARE(h.hopColumn(1), QStringLiteral(" -   2 "));
+        QCOMPARE(h.hopColumn(2), QStringLiteral(" -   1 "));  // its own trace answered at once
+    }
+
+    // Cancel ends the run after the server being traced, whose count is kept.
+    void cancelDuringTheThirdOfFive()
+    {
+        Hops h;
+        const char *servers[] = {"127.0.60.11", "127.0.60.12", "127.0.60.13", "127.0.60.14", "127.0.60.15"};
+        for (int i = 0; i < 5; ++i)
+            h.add(10 * (i + 1), servers[i], 27910, false, 7);
+        h.env.echo.script[QStringLiteral("127.0.60.13")] = {router("127.0.61.1"), router("127.0.61.2"), router("127.0.61.3"),
+                                                           arrives()};
+        h.env.echo.onSend = [&h] {
+            if (h.env.echo.sent.size() == 4)  // the second probe of the third server
+                QTimer::singleShot(0, h.window->Command1, &QPushButton::click);
+        };
+        const QStringList before = h.window->List1->Texts();
+        h.run();
+        QCOMPARE(h.env.echo.sent.size(), 4);
+        QCOMPARE(h.hops(1), 1);
+        QCOMPARE(h.hops(2), 1);
+        QCOMPARE(h.hops(3), 2);  // counter - 1 at the moment of the cancel
+        QCOMPARE(h.hopColumn(2), QStringLiteral(" -   2 "));
+        QCOMPARE(h.hops(4), 7);
+        QCOMPARE(h.hops(5), 7);
+        QCOMPARE(h.window->List1->List(3), before[3]);
+        QCOMPARE(h.window->List1->List(4), before[4]);
+        h.verifyRestored();
+    }
+};
+
+QTEST_MAIN(TestCountHops)
+#include "tst_counthops.moc"
