@@ -138,7 +138,19 @@ void TestFrmMatch::onePlayerLayout()
     QVERIFY(button(*w, u"cmdSave"_s)->isHidden());
     for (const char *name : {"Image1", "Image2", "Image3", "Image4"})
         QVERIFY(label(*w, QLatin1String(name))->isHidden());
-    QVERIFY(w->findChild<Ticker *>(u"Timer2"_s)->interval() == 0);
+    QCOMPARE(w->findChild<Ticker *>(u"Timer2"_s)->interval(), 0);
+
+    // The busy pictures alternate only while Timer2 runs.
+    Ticker *timer2 = w->findChild<Ticker *>(u"Timer2"_s);
+    timer2->setInterval(1000);
+    emit timer2->timeout();
+    QVERIFY(label(*w, u"Image3"_s)->isVisible() && label(*w, u"Image4"_s)->isHidden());
+    emit timer2->timeout();
+    QVERIFY(label(*w, u"Image3"_s)->isHidden() && label(*w, u"Image4"_s)->isVisible());
+    timer2->setInterval(0);
+    emit timer2->timeout();
+    QVERIFY(label(*w, u"Image4"_s)->isVisible());
+    label(*w, u"Image4"_s)->hide();
 
     // Resizing keeps the grid 1470 twips narrower; at 1470 or less it stays as it was.
     w->setWidth(9000);

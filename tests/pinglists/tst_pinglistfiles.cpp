@@ -8,6 +8,7 @@
 #include "shell/serverrow.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QtEndian>
 #include <QtTest>
 
@@ -51,6 +52,11 @@ struct Files {
     {
         env.prompts.shown.clear();
         env.prompts.fileNames = {file};
+        // A good file opens the matcher, and Load returns once it is closed again.
+        QTimer::singleShot(0, window.get(), [] {
+            if (QWidget *matcher = QApplication::activeModalWidget())
+                matcher->close();
+        });
         window->mnufileload->trigger();
     }
     // The messages the last command showed: text, title and icon.

@@ -2,9 +2,11 @@
 
 #include "matcher/flexgrid.h"
 #include "pinglists/pinglist.h"
+#include "pinglists/pinglistfiles.h"
 #include "probes/echoservice.h"
 #include "probes/hopsearch.h"
 #include "shell/controls.h"
+#include "shell/frmpulsebox.h"
 #include "shell/prompts.h"
 #include "shell/pulseboxmod.h"
 #include "shell/ticker.h"
@@ -258,10 +260,7 @@ void frmMatch::Option1_Click(int index)
     cmdSort_Click();
 }
 
-void frmMatch::cmdSave_Click()
-{
-    // Filled in with the ping-list writer.
-}
+void frmMatch::cmdSave_Click() { PingListFiles::cmdSave(); }
 
 void frmMatch::cmbCancel_Click()
 {
@@ -392,4 +391,13 @@ void frmMatch::pingServer(qint32 s)
         }
     }
     yieldOnce();
+}
+
+// File, Load ends here. Each opening builds the window afresh from the loaded data;
+// File, Load returns only once the matcher is closed again.
+void frmPulsebox::showMatcher()
+{
+    frmMatch matcher(this);
+    matcher.show();
+    waitUntil([&matcher] { return !matcher.isVisible(); });
 }

@@ -79,5 +79,3 @@ void frmPulsebox::mnufileload_Click()
     if (result.outcome == PingList::Outcome::Loaded)
         showMatcher();
 }
-
-void frmPulsebox::showMatcher() {}
