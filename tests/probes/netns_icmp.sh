@@ -1,10 +1,12 @@
 #!/usr/bin/env bash
 # Echoes across a router, in three network namespaces made here and removed at the
 # end: client - router - server. Checks both socket kinds against a real router's
-# "time exceeded", an unreachable network, a silent server and a plain answer.
+# "time exceeded", an unreachable network, a silent server and a plain answer;
+# then Count Hops through the main window on the server one router away.
 # The addresses exist only inside these namespaces.
 set -u
 probe=$1
+hops_probe=${2:-}
 skip() { echo "SKIP: $*"; exit 77; }
 [ "$(id -u)" -eq 0 ] || skip "making network namespaces needs root"
 command -v ip >/dev/null || skip "iproute2 is not installed"
@@ -43,5 +45,12 @@ for kind in ping raw; do
     expect "0 11018 0.0.0.0 $kind" 0.0.0.0 64
     within $s sysctl -qw net.ipv4.icmp_echo_ignore_all=1
     expect "0 11010 0.0.0.0 $kind" 198.18.2.2 64
+    within $s sysctl -qw net.ipv4.icmp_echo_ignore_all=0
+    if [ -n "$hops_probe" ]; then
+        got=$(within $c "$hops_probe" 198.18.2.2 2>/dev/null | head -n 3 | sed 's/time=[0-9]* ms/time=T ms/')
+        wanted=$(printf '%s\n' "hops=2" "Trace Route: Hop 1 198.18.1.1 time=T ms." "Trace Route: Hop 2 198.18.2.2 time=T ms.")
+        if [ "$got" = "$wanted" ]; then echo "ok   count hops $kind: 2, router first";
+        else echo "FAIL count hops $kind: wanted '$wanted', got '$got'"; failures=$((failures + 1)); fi
+    fi
 done
 [ $failures -eq 0 ]
