@@ -35,6 +35,7 @@ struct Outcome {
     QStringList rows, log;
     std::vector<ServerRec> servers;
     QString address, count, status;
+    int logSelection = -1;
     bool operator==(const Outcome &) const = default;
 };
 
@@ -51,7 +52,7 @@ struct Window {
             window->mnuFastRefresh->trigger();
         QTest::mouseClick(button, Qt::LeftButton);
         return {window->List1->Texts(), window->lbReturn->Texts(), Mod().Servers, window->txIPAddress->text(),
-                window->Label14->text(), window->Statusbar->text()};
+                window->Label14->text(), window->Statusbar->text(), window->lbReturn->ListIndex()};
     }
     TestEnvironment env;
     Demo::Network network;
@@ -93,6 +94,7 @@ private slots:
         w.window->appendFavorite(QStringLiteral("127.0.41.2:27910"), QStringLiteral("also on the list"));
         w.window->appendFavorite(QStringLiteral("LocalHost:%1").arg(namedPort), QStringLiteral("by name"));
         w.window->appendFavorite(QStringLiteral("nosuchhost.invalid"), QStringLiteral("never resolves"));
+        w.window->appendFavorite(QStringLiteral("127.0.41.9"), QStringLiteral("over the limit, logged last"));
         w.env.echo.script = {{QStringLiteral("127.0.41.3"), {ms(45)}}, {QStringLiteral("127.0.41.9"), {ms(231)}},
                              {QStringLiteral("127.0.41.5"), {{0, 11010, 0}}}};
 
@@ -125,6 +127,7 @@ private slots:
         QCOMPARE(fast.address, serial.address);
         QCOMPARE(fast.count, serial.count);
         QCOMPARE(fast.status, serial.status);
+        QCOMPARE(fast.logSelection, serial.logSelection);
         for (const QString &needle : {QStringLiteral("Slowpoke"), QStringLiteral("Old Timers"), QStringLiteral("Edge of Reason"),
                                       QStringLiteral("Pulse Arena"), QStringLiteral("Named by Host")})
             QVERIFY2(fast.rows.join(u'\n').contains(needle), qPrintable(needle));
@@ -137,14 +140,18 @@ private slots:
         // Fav Refresh with Regular Ping, both ways.
         w.window->mnuqp[1]->trigger();
         w.env.echo.script = {{QStringLiteral("127.0.41.12"), {ms(40), ms(41), ms(43)}},
-                             {QStringLiteral("127.0.41.2"), {ms(40), {0, 11010, 0}, ms(40)}}};
+                             {QStringLiteral("127.0.41.2"), {ms(40), {0, 11010, 0}, ms(40)}},
+                             {QStringLiteral("127.0.41.9"), {ms(231), ms(240), ms(250)}}};
         const Outcome serialFavs = w.refresh(w.window->Command8, false);
         w.env.echo.script = {{QStringLiteral("127.0.41.12"), {ms(40), ms(41), ms(43)}},
-                             {QStringLiteral("127.0.41.2"), {ms(40), {0, 11010, 0}, ms(40)}}};
+                             {QStringLiteral("127.0.41.2"), {ms(40), {0, 11010, 0}, ms(40)}},
+                             {QStringLiteral("127.0.41.9"), {ms(231), ms(240), ms(250)}}};
         const Outcome fastFavs = w.refresh(w.window->Command8, true);
         QCOMPARE(fastFavs.rows, serialFavs.rows);
         QCOMPARE(fastFavs.log, serialFavs.log);
         QVERIFY(fastFavs.servers == serialFavs.servers);
+        QCOMPARE(fastFavs.logSelection, serialFavs.logSelection);
+        QVERIFY(serialFavs.logSelection < serialFavs.log.size() - 1);
         QCOMPARE(fastFavs.count, QStringLiteral("0"));
 
         // Every other command reads a fast-refreshed list as any other.

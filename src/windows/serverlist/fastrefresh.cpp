@@ -61,8 +61,14 @@ void frmPulsebox::probeFast(bool withWebList)
         if (!r.done)
             break;
         txIPAddress->setText(r.address);
-        for (const QString &line : r.log)
-            returnLine(line);
+        // A ping over the limit is logged without moving the log's selection.
+        const bool overLimit = !r.accepted && r.rttSource != RttSource::None && !r.log.isEmpty();
+        for (qsizetype i = 0; i < r.log.size(); ++i) {
+            if (overLimit && i == r.log.size() - 1)
+                lbReturn->AddItem(r.log[i]);
+            else
+                returnLine(r.log[i]);
+        }
         if (r.accepted)
             List1->SetItemData(List1->AddItem(r.row), mod.appendServer(r.record));
     }
