@@ -55,21 +55,27 @@ void frmPulsebox::probeFast(bool withWebList)
 
     if (!engine.rttNotice().isEmpty())
         returnLine(engine.rttNotice());
+    int selected = -1;
     // Entry order, up to the first server a Cancel left unfinished: the same as a
     // serial refresh cancelled there.
     for (const ProbeResult &r : engine.results()) {
         if (!r.done)
             break;
         txIPAddress->setText(r.address);
-        // A ping over the limit is logged without moving the log's selection.
+        // Every line but a ping over the limit selects itself as it comes; selecting
+        // (and scrolling) once at the end leaves the log as the serial passes leave it
+        // without laying the list out again for every line.
         const bool overLimit = !r.accepted && r.rttSource != RttSource::None && !r.log.isEmpty();
         for (qsizetype i = 0; i < r.log.size(); ++i) {
-            if (overLimit && i == r.log.size() - 1)
-                lbReturn->AddItem(r.log[i]);
-            else
-                returnLine(r.log[i]);
+            const int row = lbReturn->AddItem(r.log[i]);
+            if (!(overLimit && i == r.log.size() - 1))
+                selected = row;
         }
         if (r.accepted)
             List1->SetItemData(List1->AddItem(r.row), mod.appendServer(r.record));
+    }
+    if (selected >= 0) {
+        lbReturn->SetListIndex(selected);
+        lbReturn->scrollToItem(lbReturn->item(selected));
     }
 }
