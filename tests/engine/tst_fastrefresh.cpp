@@ -204,6 +204,7 @@ private slots:
             QVERIFY(w.window->Command1->isEnabled());
             QVERIFY(!w.window->mnuFastRefresh->isEnabled());
             QVERIFY(w.window->Shape2->isVisible());
+            QVERIFY(w.window->Shape2->width() > 0);  // the five answering servers are done
             cancelledAt = clock.elapsed();
             QTest::mouseClick(w.window->Command1, Qt::LeftButton);
         });
