@@ -3,6 +3,8 @@
 // never end up in a wrong server's result.
 #include "engine/echobatch.h"
 #include "engine/probeengine.h"
+#include "probes/address.h"
+#include "probes/icmppacket.h"
 
 #include <QNetworkDatagram>
 #include <QTimer>
@@ -154,6 +156,39 @@ private slots:
         // The silent server's time-out never fires into a finished run.
         QTest::qWait(100);
         QVERIFY(!engine.isRunning());
+    }
+
+    void manyEchoesAtOnceEachAnsweredOnceByItsToken()
+    {
+        IcmpEchoBatch batch;
+        if (!batch.unavailableReason().isEmpty())
+            QSKIP("ICMP echo is not allowed here (needs a ping socket group or cap_net_raw)");
+        QHash<int, int> answers;
+        QHash<int, EchoReply> replies;
+        connect(&batch, &EchoBatch::answered, this, [&](int token, int result, const EchoReply &reply) {
+            answers[token] += result;
+            replies[token] = reply;
+        });
+        constexpr int kEchoes = 300;
+        for (int i = 0; i < kEchoes; ++i)
+            batch.send(i, DottedToAddress(QStringLiteral("127.0.46.%1").arg(1 + i % 250)), QByteArrayLiteral("echo me"), 64, 2000);
+        batch.send(kEchoes, 0, QByteArrayLiteral("echo me"), 64, 2000);  // no address: refused at once
+        QTRY_COMPARE_WITH_TIMEOUT(answers.size(), kEchoes + 1, 10000);
+        for (int i = 0; i < kEchoes; ++i) {
+            QCOMPARE(answers[i], 1);
+            QCOMPARE(replies[i].Status, quint32(0));
+            QCOMPARE(replies[i].Address, DottedToAddress(QStringLiteral("127.0.46.%1").arg(1 + i % 250)));
+        }
+        QCOMPARE(answers[kEchoes], 0);
+        QCOMPARE(replies[kEchoes].Status, quint32(EchoStatus::BadDestination));
+
+        // Forgotten requests are never answered, not even the ones refused at once.
+        answers.clear();
+        batch.send(1, DottedToAddress(QStringLiteral("127.0.46.1")), QByteArrayLiteral("echo me"), 64, 300);
+        batch.send(2, 0, QByteArrayLiteral("echo me"), 64, 300);
+        batch.clear();
+        QTest::qWait(500);
+        QVERIFY(answers.isEmpty());
     }
 
     void settingsOutOfBoundsAreRefusedOrClamped()
