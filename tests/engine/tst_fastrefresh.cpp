@@ -85,10 +85,11 @@ class TestFastRefresh : public QObject {
 private slots:
     void fastAndSerialGiveTheSameTableRowsAndLog()
     {
-        // Ticks of 750 ms: the serial query listens 1.5 s, so it hears the slow server
-        // (1.3 s); the engine listens exactly as long.
+        // Real ticks: the serial query listens 2 s after its send, so it hears the slow
+        // server (1.3 s) with room to spare on a loaded machine; the engine listens 2 s
+        // from each query's first send, so it hears whatever the serial query hears.
         const quint16 namedPort = freeUdpPort();
-        Window w(0.75, demoPopulation(namedPort));
+        Window w(1.0, demoPopulation(namedPort));
         QVERIFY(w.started);
         w.window->appendFavorite(QStringLiteral("127.0.41.12"), QStringLiteral("hideout"));
         w.window->appendFavorite(QStringLiteral("127.0.41.2:27910"), QStringLiteral("also on the list"));
@@ -135,7 +136,7 @@ private slots:
         QVERIFY(fast.log.contains(QStringLiteral("Reply from 127.0.41.5: Failed code = 11010")));
         QVERIFY2(fast.rows.join(u'\n').contains(QStringLiteral("Malformed")), "the server without line feed");
         // Items of the serial probe's cost that the engine does not pay one after another.
-        QVERIFY2(fastMs < 6000, qPrintable(QString::number(fastMs)));
+        QVERIFY2(fastMs < 8000, qPrintable(QString::number(fastMs)));
 
         // Fav Refresh with Regular Ping, both ways.
         w.window->mnuqp[1]->trigger();
