@@ -158,6 +158,37 @@ private slots:
         QVERIFY(!engine.isRunning());
     }
 
+    void withoutIcmpTheFirstQueryGivesTheRoundTrip()
+    {
+        struct NoIcmp : EchoBatch {
+            QString unavailableReason() override { return QStringLiteral("ICMP is not allowed here"); }
+            void send(int, qint32, const QByteArray &, int, int) override { ++sent; }
+            void clear() override {}
+            int sent = 0;
+        } batch;
+        Peer up("127.0.45.31", 27910), quiet("127.0.45.32", 27910);
+        up.onDatagram = [&](const QNetworkDatagram &q) { up.sendTo(infoAnswer("Up"), q); };
+
+        ProbeEngine engine;
+        engine.setEchoBatch(&batch);
+        ProbeSettings settings;
+        settings.queryTimeoutMs = 300;
+        engine.setSettings(settings);
+        QStringList notices;
+        bool finished = false;
+        connect(&engine, &ProbeEngine::notice, this, [&](const QString &text) { notices << text; });
+        connect(&engine, &ProbeEngine::finished, this, [&] { finished = true; });
+        engine.start({{QStringLiteral("127.0.45.31"), false}, {QStringLiteral("127.0.45.32"), false}});
+        QTRY_VERIFY_WITH_TIMEOUT(finished, 5000);
+        QCOMPARE(notices.size(), 1);
+        QVERIFY(notices[0].startsWith(QStringLiteral("ICMP is not allowed here")) && notices[0] == engine.rttNotice());
+        QCOMPARE(batch.sent, 0);
+        const ProbeResult &a = engine.results()[0], &b = engine.results()[1];
+        QVERIFY(a.accepted && a.rttSource == RttSource::GameQuery && a.row.contains(QStringLiteral("Up")));
+        QVERIFY(!b.accepted);
+        QCOMPARE(b.log, QStringList{QStringLiteral("Reply from 127.0.45.32: Failed code = 11010")});
+    }
+
     void manyEchoesAtOnceEachAnsweredOnceByItsToken()
     {
         IcmpEchoBatch batch;
