@@ -179,6 +179,10 @@ private slots:
         QCOMPARE(fast.rows.size(), 1);
         QVERIFY2(fast.rows[0].contains(QStringLiteral("Modern Times")) && fast.rows[0].contains(QStringLiteral("3.19")),
                  qPrintable(fast.rows[0]));
+        // A fast-refreshed row is a row like any other: Add to Favorites takes its record.
+        w.window->List1->SetListIndex(0);
+        QTest::mouseClick(w.window->cmAddFav, Qt::LeftButton);
+        QCOMPARE(w.window->lbFav->List(w.window->lbFav->ListCount() - 1), QStringLiteral("127.0.42.1:27910"));
         const Outcome serial = w.refresh(w.window->Command2, false);  // as specified: it hears nothing
         QVERIFY2(serial.rows[0].contains(QStringLiteral(" - No ")), qPrintable(serial.rows[0]));
     }
