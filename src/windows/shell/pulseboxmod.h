@@ -1,5 +1,6 @@
 #pragma once
 #include "pinglists/pinglist.h"
+#include "serverlist/probedecisions.h"
 #include "shell/serverrow.h"
 
 #include <QString>
@@ -11,9 +12,10 @@ class Prompter;
 class ProgramStarter;
 
 // The program's module-level state: every long run and every window shares it.
-// The ping matcher's data (PlayerCount, MatchServerCount, PlayerNames,
-// PlayerLists) are part of it as they are of the file format's reader.
-struct PulseboxMod : MatcherData {
+// The server table (Servers, ServerCount) and the ping matcher's data
+// (PlayerCount, MatchServerCount, PlayerNames, PlayerLists) are part of it as
+// they are of the refresh's decisions and the file format's reader.
+struct PulseboxMod : ServerTable, MatcherData {
     qint32 TimerTicks = 0;       // ticks of Timer1 since a wait last cleared it
     qint32 SplashTicks = 0;      // ticks of Timer2 since start; 5 once the splash closed
     qint16 CancelRequested = 0;  // 1 while the user asked a long run to stop
@@ -24,15 +26,9 @@ struct PulseboxMod : MatcherData {
     qint32 BytesReceived = 0;    // characters of the fetched body lines
     qint16 FavoritesOnly = 0;    // -1: this refresh probes the favorites only
     QString GamePath;            // the game program, trimmed; empty when not set
-    std::vector<ServerRec> Servers = std::vector<ServerRec>(1);
-    qint32 ServerCount = 0;      // filled records, also the highest used index
     QString favOrigServer;       // the favorite being modified, for its Cancel
     QString favOrigDesc;
     bool echoTroubleReported = false;  // the "no ICMP here" advice was shown once
-
-    // Appends one record, keeping one spare zeroed record after it; returns its index.
-    qint32 appendServer(const ServerRec &rec);
-    void clearServers();
 };
 
 PulseboxMod &Mod();
@@ -44,6 +40,7 @@ inline const QString AppTitle = QStringLiteral("Pulsebox");
 namespace Seams {
 EchoService &echo();
 void setEcho(EchoService *service);  // nullptr restores the real one
+bool echoReplaced();                 // a test or benchmark put its own echo service in
 Prompter &prompts();
 void setPrompts(Prompter *prompter);
 ProgramStarter &starter();
