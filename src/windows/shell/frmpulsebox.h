@@ -95,7 +95,6 @@ public:
     void loadFavorites();
     void readConfiguration();
     void appendFavorite(const QString &address, const QString &description);
-    void launchGame(const QString &target, const QString &prompt);
 
 signals:
     void statusChanged(const QString &text);
