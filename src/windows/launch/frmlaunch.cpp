@@ -17,6 +17,7 @@
 #include "shell/vblist.h"
 
 #include <QFrame>
+#include <QMenuBar>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPlainTextEdit>
@@ -165,15 +166,26 @@ void frmLaunch::cmdLaunch_Click(int index)
     const ServerRec server = Mod().LaunchServers[static_cast<size_t>(index)];
     QPointer<frmLaunch> self(this);
     // The main window shares QueryMode and LastReply: nothing there may start a
-    // query or a run until this one ends.
-    owner_->setEnabled(false);
+    // query or a run until this one ends. Its controls and menus are switched
+    // off rather than the window itself, which would switch off this bar too.
+    QPointer<QWidget> controls = owner_->centralWidget();
+    QPointer<QWidget> menus = owner_->menuBar();
+    for (QWidget *w : {controls.data(), menus.data()})
+        if (w)
+            w->setEnabled(false);
     const QString reply = RunGameQuery(*dsSocket1, *Timer1, launchTicks, 5, AddressToDotted(server.Address),
                                        QString::number(server.Port), GameQuery::StatusMode);
-    owner_->setEnabled(true);
+    for (QWidget *w : {controls.data(), menus.data()})
+        if (w)
+            w->setEnabled(true);
     if (!self)
         return;
     launchBusy = false;
-    if (reply.isEmpty() || !isVisible())
+    if (closeAfterQuery_) {
+        close();
+        return;
+    }
+    if (reply.isEmpty())
         return;
     const auto view = statusView(Text2->Text);
     if (!view)
@@ -238,10 +250,17 @@ void frmLaunch::mnuChat_Click()
     Seams::prompts().message(u"Development not completed."_s, AppTitle);
 }
 
+// During a query the bar only hides: the query's wait still uses its socket
+// and timer, and the bar closes when the wait ends.
 void frmLaunch::Command1_Click()
 {
     if (popup)
         popup->close();
+    if (launchBusy) {
+        closeAfterQuery_ = true;
+        hide();
+        return;
+    }
     close();
 }
 

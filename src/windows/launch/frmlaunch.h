@@ -61,4 +61,5 @@ private:
     frmPulsebox *owner_;
     QScrollArea *column_;  // the buttons scroll when the bar would not fit the screen
     QWidget *buttons_;
+    bool closeAfterQuery_ = false;  // "x" was pressed while a query waited
 };

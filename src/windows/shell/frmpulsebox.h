@@ -15,6 +15,8 @@ class DsSocket;
 class HiddenText;
 class Ticker;
 class VbList;
+class TrayIcon;
+class frmLaunch;
 struct ServerRec;
 #include "favorites/frmfavorites.h"
 #include "shell/frmsplash.h"
@@ -69,6 +71,9 @@ public:
     void mnuSettings_Click();
     void mnuContents_Click();
     void mnuabout_Click();
+    void mnuIconize_Click();
+    // The tray icon's mouse events: 513 a left press, 515 a left double click.
+    void Tray_MouseEvent(int number);
 
     // The list fetch (its steps and the stream socket's events).
     bool fetchPrepare(QString *host);
@@ -117,4 +122,6 @@ private:
     bool inBody_ = false;  // the list response's header has been skipped
     QPointer<frmSplash> splash_;
     QPointer<frmFavorites> favorites_;
+    QPointer<TrayIcon> tray_;        // made at the first Iconize, kept for the run
+    QPointer<frmLaunch> launchBar_;  // the launcher bar while it is loaded
 };

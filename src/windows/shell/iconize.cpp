@@ -14,7 +14,11 @@ ScreenRect GetTaskbarRect()
     const QScreen *screen = primary();
     if (!screen)
         return {};
-    return TaskbarFromScreen(screen->geometry(), screen->availableGeometry());
+    // Measured from the screen's own corner, so that the edge rules hold for a
+    // screen that does not start at the desktop's origin.
+    const QPoint origin = screen->geometry().topLeft();
+    return TaskbarFromScreen(screen->geometry().translated(-origin),
+                             screen->availableGeometry().translated(-origin));
 }
 
 ScreenRect GetWorkArea()

@@ -9,7 +9,8 @@ class QWidget;
 // primary screen.
 
 // The desktop's panel: the strip of the screen that the work area leaves out,
-// or a thin strip along the bottom edge where the desktop reports no panel.
+// or a thin strip along the bottom edge where the desktop reports no panel;
+// measured from the screen's top-left corner.
 ScreenRect GetTaskbarRect();
 // The screen less its panels.
 ScreenRect GetWorkArea();

@@ -21,11 +21,13 @@ TrayIcon *TrayIcon::forDesktop(QWidget *owner)
 
 SystemTray::SystemTray(QObject *parent) : TrayIcon(parent), icon_(new QSystemTrayIcon(this))
 {
-    // The tray reports a click, and a second click as a double click. The press
-    // handler waits for that double click inside its own wait, so it runs from
-    // the event queue rather than inside the tray's call.
+    // The tray reports each press as a click and the second one of a pair also
+    // as a double click. The press handler waits for that double click inside
+    // its own wait, so it runs from the event queue rather than inside the
+    // tray's call, and a press during that wait is the double click's first
+    // half, not another first click.
     connect(icon_, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
-        if (reason == QSystemTrayIcon::Trigger)
+        if (reason == QSystemTrayIcon::Trigger && Mod().TrayClickState != 1)
             emit mouseEvent(kLeftPress);
         else if (reason == QSystemTrayIcon::DoubleClick)
             emit mouseEvent(kLeftDoubleClick);
@@ -67,19 +69,30 @@ protected:
     }
     // A widget sees the second press of a double click too; the wait that the
     // first press started turns the double click into the restore, so the
-    // second press is not another first click.
+    // second press is not another first click. The events are reported from
+    // the event queue, as the tray's are, so that the press's wait does not
+    // run inside this window's own mouse handling.
     void mousePressEvent(QMouseEvent *event) override
     {
         if (event->button() == Qt::LeftButton && Mod().TrayClickState != 1)
-            emit tray_->mouseEvent(TrayIcon::kLeftPress);
+            report(TrayIcon::kLeftPress);
     }
     void mouseDoubleClickEvent(QMouseEvent *event) override
     {
         if (event->button() == Qt::LeftButton)
-            emit tray_->mouseEvent(TrayIcon::kLeftDoubleClick);
+            report(TrayIcon::kLeftDoubleClick);
     }
 
 private:
+    void report(int number)
+    {
+        QMetaObject::invokeMethod(tray_, [tray = QPointer<StandInTray>(tray_), number] {
+            if (tray)
+                emit tray->mouseEvent(number);
+        }, Qt::QueuedConnection);
+    }
+
+
     StandInTray *tray_;
 };
 }
