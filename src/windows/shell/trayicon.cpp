@@ -21,14 +21,16 @@ TrayIcon *TrayIcon::forDesktop(QWidget *owner)
 
 SystemTray::SystemTray(QObject *parent) : TrayIcon(parent), icon_(new QSystemTrayIcon(this))
 {
-    // The tray reports each press as a click and the second one of a pair also
-    // as a double click. The press handler waits for that double click inside
-    // its own wait, so it runs from the event queue rather than inside the
-    // tray's call, and a press during that wait is the double click's first
-    // half, not another first click.
+    // The tray reports each click, and an XEmbed tray the second one of a pair
+    // also as a double click; a StatusNotifier host reports clicks only. The
+    // press handler waits for the double click inside its own wait, so it runs
+    // from the event queue rather than inside the tray's call. A second click
+    // during that wait is the double click either way; a double click reported
+    // after it finds the window already back and changes nothing.
     connect(icon_, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
-        if (reason == QSystemTrayIcon::Trigger && Mod().TrayClickState != 1)
-            emit mouseEvent(kLeftPress);
+        const bool waiting = Mod().TrayClickState == 1;
+        if (reason == QSystemTrayIcon::Trigger)
+            emit mouseEvent(waiting ? kLeftDoubleClick : kLeftPress);
         else if (reason == QSystemTrayIcon::DoubleClick)
             emit mouseEvent(kLeftDoubleClick);
     }, Qt::QueuedConnection);
