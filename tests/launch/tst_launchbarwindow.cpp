@@ -117,6 +117,28 @@ private slots:
         QVERIFY(!bar(*w));
     }
 
+    void trayReasonsBecomeEventNumbers()
+    {
+        TestEnvironment env;
+        SystemTray tray;
+        auto *icon = tray.findChild<QSystemTrayIcon *>();
+        QVERIFY(icon);
+        QList<int> numbers;
+        connect(&tray, &TrayIcon::mouseEvent, this, [&](int n) { numbers.append(n); });
+        emit icon->activated(QSystemTrayIcon::Trigger);
+        emit icon->activated(QSystemTrayIcon::Context);
+        emit icon->activated(QSystemTrayIcon::MiddleClick);
+        QVERIFY(numbers.isEmpty());  // delivered from the event queue
+        QTRY_COMPARE(numbers, QList<int>{TrayIcon::kLeftPress});
+        // Inside a first click's wait, a second click is the double click, whether the
+        // tray reports it as a click (StatusNotifier) or also as a double click (XEmbed).
+        Mod().TrayClickState = 1;
+        emit icon->activated(QSystemTrayIcon::Trigger);
+        emit icon->activated(QSystemTrayIcon::DoubleClick);
+        QTRY_COMPARE(numbers.size(), 3);
+        QCOMPARE(numbers.mid(1), (QList<int>{TrayIcon::kLeftDoubleClick, TrayIcon::kLeftDoubleClick}));
+    }
+
     void standInWhereNoTray()
     {
         if (QSystemTrayIcon::isSystemTrayAvailable())
