@@ -1,4 +1,5 @@
 #include "shell/frmpulsebox.h"
+#include "shell/iconize.h"
 
 #include <QApplication>
 
@@ -6,6 +7,7 @@ int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Pulsebox"));
+    QApplication::setWindowIcon(PulseboxIcon());
     frmPulsebox window;
     window.Form_Load();
     window.show();

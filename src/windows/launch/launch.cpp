@@ -1,7 +1,7 @@
 // Reading the game path at start-up, the Settings command and the game launch.
 #include "launch/frmsettings.h"
+#include "launch/gamelauncher.h"
 #include "launch/gamepath.h"
-#include "launch/programstarter.h"
 #include "probes/address.h"
 #include "serverlist/urltext.h"
 #include "shell/frmpulsebox.h"
@@ -31,30 +31,5 @@ void frmPulsebox::mnuSettings_Click()
 void frmPulsebox::List1_DblClick()
 {
     if (const ServerRec *rec = selectedServer())
-        launchGame(AddressToDotted(rec->Address) + u':' + QString::number(rec->Port), u"Launch to Server?"_s);
-}
-
-// The game gets its folder as working directory; the program's own current
-// directory, where its files live, stays as it is.
-void frmPulsebox::launchGame(const QString &target, const QString &prompt)
-{
-    const QString gamePath = Mod().GamePath;
-    if (TrimSpaces(gamePath).isEmpty()) {
-        Seams::prompts().message(
-            u"Your Quake 2 path isn't set.  Go to Options/Settings to set your Quake 2 path"_s,
-            u"Lauch Aborted"_s, Prompter::Icon::Information);
-        return;
-    }
-    const int separator = LastSeparatorPosition(gamePath);
-    if (separator <= 1) {
-        Seams::prompts().message(u"Bad Path to Quake 2"_s, AppTitle);
-        return;
-    }
-    if (!Seams::prompts().question(prompt, u"Launch?"_s))
-        return;
-    const LaunchCommand command = BuildLaunchCommand(gamePath, separator, target);
-    QString error;
-    if (!Seams::starter().start(command.program, command.arguments, command.workingFolder, &error))
-        Seams::prompts().message(u"Could not start "_s + command.program + u":\n"_s + error, AppTitle,
-                                 Prompter::Icon::Warning);
+        GameLauncher().launch(AddressToDotted(rec->Address) + u':' + QString::number(rec->Port), u"Launch to Server?"_s);
 }

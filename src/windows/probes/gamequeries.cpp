@@ -3,7 +3,7 @@
 #include "probes/dssocket.h"
 #include "probes/frmservinfo.h"
 #include "probes/gamequery.h"
-#include "serverlist/probedecisions.h"
+#include "probes/queryrun.h"
 #include "shell/frmpulsebox.h"
 #include "shell/pulseboxmod.h"
 #include "shell/prompts.h"
@@ -17,20 +17,7 @@ using namespace Qt::StringLiterals;
 
 QString frmPulsebox::query(const QString &address, const QString &port, int mode)
 {
-    if (dsSocket2->State() != DsSocket::StateOpen)
-        dsSocket2->SetAction(DsSocket::OpenAction);
-    dsSocket2->RemoteHost.clear();
-    dsSocket2->RemoteDotted = address;
-    dsSocket2->RemotePort = Probe::QueryPort(port);
-    PulseboxMod &mod = Mod();
-    mod.QueryMode = mode;
-    mod.LastReply.clear();
-    mod.TimerTicks = 0;
-    dsSocket2->Connect();
-    Timer1->setInterval(1000);
-    waitUntil([&mod] { return !mod.LastReply.isEmpty() || mod.TimerTicks >= 2; });
-    Timer1->setInterval(0);
-    return mod.LastReply;
+    return RunGameQuery(*dsSocket2, *Timer1, Mod().TimerTicks, 2, address, port, mode);
 }
 
 frmPulsebox::VersionProbeResult frmPulsebox::versionProbe(const QString &address, const QString &port)
@@ -51,9 +38,7 @@ frmPulsebox::VersionProbeResult frmPulsebox::versionProbe(const QString &address
 
 void frmPulsebox::dsSocket2_SendReady()
 {
-    const QString datagram = GameQuery::datagram(Mod().QueryMode);
-    if (!datagram.isEmpty())
-        dsSocket2->Send(datagram);
+    SendSelectedQuery(*dsSocket2);
 }
 
 void frmPulsebox::dsSocket2_DataArrival(const QString &data)

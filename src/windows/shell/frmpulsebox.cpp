@@ -245,7 +245,11 @@ void frmPulsebox::connectHandlers()
 
     connect(Timer1, &Ticker::timeout, this, [] { ++Mod().TimerTicks; });
     connect(Timer2, &Ticker::timeout, this, [] { ++Mod().SplashTicks; });
-    connect(Timer3, &Ticker::timeout, this, [this] { Timer3->setInterval(0); });
+    connect(Timer3, &Ticker::timeout, this, [this] {
+        Mod().TrayClickState = 3;
+        Timer3->setInterval(0);
+    });
+    connect(mnuIconize, &QAction::triggered, this, &frmPulsebox::mnuIconize_Click);
 
     connect(dsSocket1, &DsSocket::Connected, this, &frmPulsebox::dsSocket1_Connected);
     connect(dsSocket1, &DsSocket::SendReady, this, &frmPulsebox::dsSocket1_SendReady);

@@ -15,6 +15,8 @@ class DsSocket;
 class HiddenText;
 class Ticker;
 class VbList;
+class TrayIcon;
+class frmLaunch;
 struct ServerRec;
 #include "favorites/frmfavorites.h"
 #include "shell/frmsplash.h"
@@ -76,6 +78,9 @@ public:
     // Opens the matcher window modally over the data a load left in Mod(); the
     // main window waits until it is closed.
     void showMatcher();
+    void mnuIconize_Click();
+    // The tray icon's mouse events: 513 a left press, 515 a left double click.
+    void Tray_MouseEvent(int number);
 
     // The list fetch (its steps and the stream socket's events).
     bool fetchPrepare(QString *host);
@@ -104,7 +109,6 @@ public:
     void loadFavorites();
     void readConfiguration();
     void appendFavorite(const QString &address, const QString &description);
-    void launchGame(const QString &target, const QString &prompt);
 
 signals:
     void statusChanged(const QString &text);
@@ -127,4 +131,6 @@ private:
     bool inBody_ = false;  // the list response's header has been skipped
     QPointer<frmSplash> splash_;
     QPointer<frmFavorites> favorites_;
+    QPointer<TrayIcon> tray_;        // made at the first Iconize, kept for the run
+    QPointer<frmLaunch> launchBar_;  // the launcher bar while it is loaded
 };

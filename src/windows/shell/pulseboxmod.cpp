@@ -3,6 +3,7 @@
 #include "launch/programstarter.h"
 #include "probes/icmpecho.h"
 #include "shell/prompts.h"
+#include "shell/trayicon.h"
 
 PulseboxMod &Mod()
 {
@@ -38,4 +39,14 @@ ProgramStarter &starter()
     return g_starter ? *g_starter : real;
 }
 void setStarter(ProgramStarter *starter) { g_starter = starter; }
+
+namespace {
+std::function<TrayIcon *(QWidget *)> g_trayMaker;
+}
+
+TrayIcon *makeTray(QWidget *owner)
+{
+    return g_trayMaker ? g_trayMaker(owner) : TrayIcon::forDesktop(owner);
+}
+void setTrayMaker(std::function<TrayIcon *(QWidget *owner)> maker) { g_trayMaker = std::move(maker); }
 }

@@ -5,11 +5,14 @@
 
 #include <QString>
 
+#include <functional>
 #include <vector>
 
 class EchoService;
 class Prompter;
 class ProgramStarter;
+class TrayIcon;
+class QWidget;
 
 // The program's module-level state: every long run and every window shares it.
 // The server table (Servers, ServerCount) and the ping matcher's data
@@ -29,6 +32,10 @@ struct PulseboxMod : ServerTable, MatcherData {
     QString favOrigServer;       // the favorite being modified, for its Cancel
     QString favOrigDesc;
     bool echoTroubleReported = false;  // the "no ICMP here" advice was shown once
+    bool QueryBusy = false;      // a game query waits for its reply (main window or launcher bar)
+    qint16 TrayClickState = 0;   // 0 idle, 1 a first click waits for a second, 3 it stayed single
+    QString TaskbarEdge;         // "LEFT", "RIGHT", "TOP", "BOTTOM" or empty
+    std::vector<ServerRec> LaunchServers;  // the launcher bar's favorites, one spare at the end
 };
 
 PulseboxMod &Mod();
@@ -45,4 +52,7 @@ Prompter &prompts();
 void setPrompts(Prompter *prompter);
 ProgramStarter &starter();
 void setStarter(ProgramStarter *starter);
+// The tray icon of a window: the desktop's tray where there is one, else a stand-in.
+TrayIcon *makeTray(QWidget *owner);
+void setTrayMaker(std::function<TrayIcon *(QWidget *owner)> maker);  // empty restores the real one
 }

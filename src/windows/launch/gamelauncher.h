@@ -1,0 +1,19 @@
+#pragma once
+#include <QString>
+
+// Starts the game connected to a server: checks the configured game path, asks
+// the player (Yes/No, "Launch?") with the given prompt, then starts the game in
+// its own folder with " +set basedir " and " +connect " target. Used by the main
+// list's double-click and by the launcher bar's menu.
+class GameLauncher {
+public:
+    // The game path as configured when the launch happens (Mod().GamePath).
+    GameLauncher();
+    explicit GameLauncher(QString gamePath);
+
+    // target: address ":" port. Every failure is told to the player.
+    void launch(const QString &target, const QString &prompt) const;
+
+private:
+    QString gamePath_;
+};

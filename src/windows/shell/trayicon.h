@@ -1,0 +1,59 @@
+#pragma once
+#include <QIcon>
+#include <QObject>
+#include <QPointer>
+#include <QString>
+#include <QWidget>
+
+class QSystemTrayIcon;
+
+// The icon that stands for a hidden main window. It reports the two mouse events
+// the program acts on by their old message numbers: 513 for the press of a first
+// click, 515 for a double click. Every other event goes unreported.
+class TrayIcon : public QObject {
+    Q_OBJECT
+public:
+    static constexpr int kLeftPress = 513;
+    static constexpr int kLeftDoubleClick = 515;
+
+    using QObject::QObject;
+    // The desktop's tray when it has one, else a stand-in window.
+    static TrayIcon *forDesktop(QWidget *owner);
+
+    virtual void add(const QIcon &icon, const QString &tip) = 0;
+    virtual void remove() = 0;
+    virtual bool isShown() const = 0;
+
+signals:
+    void mouseEvent(int number);
+};
+
+// The desktop's notification area (StatusNotifierItem or an XEmbed tray).
+class SystemTray : public TrayIcon {
+    Q_OBJECT
+public:
+    explicit SystemTray(QObject *parent = nullptr);
+    void add(const QIcon &icon, const QString &tip) override;
+    void remove() override;
+    bool isShown() const override;
+
+private:
+    QSystemTrayIcon *icon_;
+};
+
+// Where no tray exists (plain X servers, GNOME without its tray extension): a
+// small frameless icon window that stays above the others in a corner of the
+// work area, with the tip as tool tip, taking the same clicks.
+class StandInTray : public TrayIcon {
+    Q_OBJECT
+public:
+    explicit StandInTray(QObject *parent = nullptr);
+    ~StandInTray() override;
+    void add(const QIcon &icon, const QString &tip) override;
+    void remove() override;
+    bool isShown() const override;
+    QWidget *window() const { return window_; }
+
+private:
+    QPointer<QWidget> window_;
+};
