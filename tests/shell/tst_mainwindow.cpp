@@ -153,6 +153,35 @@ private slots:
         QCOMPARE(w->List1->ListIndex(), -1);
     }
 
+    void listClickRule()
+    {
+        // Server Info follows every click on List1: enabled only when no run goes or Cancel was pressed.
+        TestEnvironment env;
+        auto w = newMainWindow();
+        for (int i = 0; i < 2; ++i)
+            w->List1->AddItem(QStringLiteral("00%1 - row").arg(i));
+        const auto clickRow = [&](int row) {
+            QTest::mouseClick(w->List1->viewport(), Qt::LeftButton, {}, w->List1->visualItemRect(w->List1->item(row)).center());
+        };
+        w->Command1->setEnabled(true);  // a run is going
+        clickRow(0);
+        QTest::keyClick(w->List1, Qt::Key_Down);
+        QCOMPARE(w->List1->ListIndex(), 1);
+        QVERIFY(!w->Command6->isEnabled());
+        Mod().CancelRequested = 1;  // Cancel pressed, the run not yet unwound
+        clickRow(1);  // the row selected already
+        QVERIFY(w->Command6->isEnabled());
+
+        w->Command6->setEnabled(false);
+        Mod().CancelRequested = 0;
+        w->Command1->setEnabled(false);  // the run has ended
+        clickRow(1);  // still the row chosen during the run
+        QVERIFY(w->Command6->isEnabled());
+        w->Command6->setEnabled(false);
+        QTest::keyClick(w->List1, Qt::Key_Up);
+        QVERIFY(w->Command6->isEnabled());
+    }
+
     void closeIsRefusedDuringARun()
     {
         TestEnvironment env;

@@ -227,7 +227,7 @@ void frmPulsebox::connectHandlers()
     connect(Command8, &QPushButton::clicked, this, &frmPulsebox::Command8_Click);
     connect(Command6, &QPushButton::clicked, this, &frmPulsebox::Command6_Click);
     connect(cmAddFav, &QPushButton::clicked, this, &frmPulsebox::cmAddFav_Click);
-    connect(List1, &QListWidget::itemSelectionChanged, this, &frmPulsebox::List1_Click);
+    connect(List1, &VbList::Click, this, &frmPulsebox::List1_Click);
     connect(List1, &QListWidget::itemDoubleClicked, this, &frmPulsebox::List1_DblClick);
     for (int i = 0; i < 2; ++i)
         connect(mnuqp[static_cast<size_t>(i)], &QAction::triggered, this, [this, i] { mnuqp_Click(i); });
