@@ -5,6 +5,7 @@
 #include "shell/frmhelp.h"
 #include "shell/pulseboxmod.h"
 #include "shell/ticker.h"
+#include "shell/twips.h"
 #include "shell/vblist.h"
 #include "shell/waiting.h"
 
@@ -225,6 +226,9 @@ private slots:
             QCOMPARE(splash->Label1->text(), QStringLiteral("Use at your own risk."));
             QCOMPARE(splash->lblPlatform->text(), QStringLiteral("Win95"));
             QCOMPARE(splash->size(), QSize(492, 201));
+            QVERIFY(!(splash->windowFlags() & Qt::FramelessWindowHint));  // a fixed dialog border
+            QCOMPARE(splash->lblVersion->pos(), Twips::rect(6030, 1080, 0, 0).topLeft());
+            QCOMPARE(splash->lblPlatform->pos(), Twips::rect(6000, 720, 0, 0).topLeft());
             QTest::mouseClick(splash->imgLogo, Qt::LeftButton);
         });
         w.Form_Load();
