@@ -8,6 +8,7 @@
 #include "shell/vblist.h"
 #include "shell/waiting.h"
 
+#include <QAccessible>
 #include <QAction>
 #include <QComboBox>
 #include <QLabel>
@@ -293,6 +294,33 @@ private slots:
                                                      QStringLiteral("Do you want to continue trying favorites?")}));
         QCOMPARE(r.rows().size(), 1);
         QCOMPARE(r.window->Statusbar->text(), QStringLiteral("Done..."));
+    }
+
+    void screenReaderHearsWhatIsShown()
+    {
+        Refresh r({fake("127.0.18.1", 27910, "34", "Heard")}, {});
+        QVERIFY(r.started);
+        r.addFavorite(QStringLiteral("127.0.18.1"));
+        r.env.echo.script = {{QStringLiteral("127.0.18.1"), {ms(20)}}};
+        const auto heard = [](QObject *control) {
+            QAccessibleInterface *iface = QAccessible::queryAccessibleInterface(control);
+            return iface ? iface->text(QAccessible::Name) : QStringLiteral("<no interface>");
+        };
+        QTest::mouseClick(r.window->Command8, Qt::LeftButton);
+        QCOMPARE(r.window->Statusbar->text(), QStringLiteral("Done..."));
+        QCOMPARE(heard(r.window->Statusbar), QStringLiteral("Done..."));
+        QVERIFY(!r.window->Label14->text().isEmpty());  // the count, set by the run
+        QCOMPARE(heard(r.window->Label14), r.window->Label14->text());
+        // Boxes are named by their captions; buttons by their caption of the moment.
+        QCOMPARE(heard(r.window->Text4), r.window->Label5->text());
+        QCOMPARE(heard(r.window->txTTL), r.window->Label3->text());
+        // An editable list box is heard by its text on Linux, and labelled by its caption.
+        QCOMPARE(heard(r.window->Text1), r.window->Text1->currentText());
+        const auto labels = QAccessible::queryAccessibleInterface(r.window->Text1)->relations(QAccessible::Label);
+        QVERIFY(!labels.isEmpty() && labels.first().first->object() == r.window->Label4);
+        QCOMPARE(heard(r.window->Command8), QStringLiteral("Fav Refresh"));
+        r.window->Command8->setText(QStringLiteral("Pulse Arena"));
+        QCOMPARE(heard(r.window->Command8), QStringLiteral("Pulse Arena"));
     }
 
     void noIcmpIsReportedOnce()

@@ -28,8 +28,8 @@ frmAddFav::frmAddFav(frmFavorites *owner) : QWidget(owner, Qt::Dialog), owner_(o
     setFixedSize(Twips::size(3345, 1845));
     lblServer = Controls::label(this, "lblServer", u"Server (IP:Port)"_s, Twips::rect(120, 0, 1215, 255));
     lblServerDesc = Controls::label(this, "lblServerDesc", u"Server Description"_s, Twips::rect(120, 600, 1455, 255));
-    txtServer = Controls::textBox(this, "txtServer", Twips::rect(120, 240, 3135, 375), lblServer->text());
-    txtServerDesc = Controls::textBox(this, "txtServerDesc", Twips::rect(120, 840, 3135, 375), lblServerDesc->text());
+    txtServer = Controls::textBox(this, "txtServer", Twips::rect(120, 240, 3135, 375), lblServer);
+    txtServerDesc = Controls::textBox(this, "txtServerDesc", Twips::rect(120, 840, 3135, 375), lblServerDesc);
     txtServerDesc->setMaxLength(kTypedDescription);
     // The limit is for typing: a longer description from the file stays whole, and
     // typing cannot make it longer (every deletion lowers the limit towards 50).
