@@ -1,4 +1,5 @@
 #include "shell/frmpulsebox.h"
+#include "shell/termination.h"
 
 #include <QApplication>
 
@@ -6,6 +7,8 @@ int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Pulsebox"));
+    QGuiApplication::setDesktopFileName(QStringLiteral("pulsebox"));
+    CloseWindowsOnTerminate();
     frmPulsebox window;
     window.Form_Load();
     window.show();
