@@ -37,7 +37,35 @@ if [ "$url" = "http://127.0.0.1/quake2/gamespy.txt" ]; then
 else
     echo "Paste $url into 'Location of List', then press Refresh List."
 fi
-if [ "$(id -u)" -ne 0 ] && ! getcap build/src/pulsebox 2>/dev/null | grep -q cap_net_raw; then
-    echo "Pings need ICMP: if every server fails with code 11050, see 'Pings' in README.md."
+# Pings need ICMP: a ping socket (when net.ipv4.ping_group_range holds one of the
+# user's groups) or a raw socket (root, or the cap_net_raw file capability, which
+# every build replaces and so has to be given again, as Debian's ping gets it).
+ping_sockets_allowed() {
+    local low high group
+    read -r low high < /proc/sys/net/ipv4/ping_group_range || return 1
+    for group in $(id -G); do
+        [ "$group" -ge "$low" ] && [ "$group" -le "$high" ] && return 0
+    done
+    return 1
+}
+if ! ping_sockets_allowed && ! /usr/sbin/getcap build/src/pulsebox 2>/dev/null | grep -q cap_net_raw; then
+    echo "Giving build/src/pulsebox the cap_net_raw capability (like Debian's ping; never setuid) so that it can ping."
+    as_root=()
+    if [ "$(id -u)" -ne 0 ]; then
+        as_root=(sudo -n)
+        [ -t 0 ] && as_root=(sudo)  # at a terminal sudo may ask for the password
+        command -v sudo >/dev/null || as_root=(false)
+    fi
+    if ! "${as_root[@]}" /usr/sbin/setcap cap_net_raw+ep build/src/pulsebox \
+        || ! /usr/sbin/getcap build/src/pulsebox | grep -q cap_net_raw; then
+        [ "$(id -u)" -eq 0 ] || cat >&2 <<'MSG'
+Pulsebox cannot ping from this account: ping sockets are closed to your groups
+(net.ipv4.ping_group_range) and the program could not be given cap_net_raw (no sudo,
+or no file capabilities on this file system). Every server then fails its ping with
+code 11050 and is left out, so the list stays empty. To allow pings, run as root:
+    setcap cap_net_raw+ep build/src/pulsebox          (then start this script again)
+or  sysctl -w net.ipv4.ping_group_range="0 2147483647" (takes effect at once)
+MSG
+    fi
 fi
 (cd "$demo" && ../src/pulsebox)

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what building Pulsebox needs on Debian bookworm (only what is missing).
 set -euo pipefail
-packages=(g++ cmake ninja-build ccache qt6-base-dev qt6-base-dev-tools libgl-dev xvfb xauth fonts-liberation iproute2)
+packages=(g++ cmake ninja-build ccache qt6-base-dev qt6-base-dev-tools libgl-dev xvfb xauth fonts-liberation iproute2 libcap2-bin)
 missing=()
 for p in "${packages[@]}"; do
     dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "ok installed" || missing+=("$p")

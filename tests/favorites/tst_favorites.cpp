@@ -187,6 +187,34 @@ private slots:
         QCOMPARE(editor->List1->ListCount(), 4);
     }
 
+    void modifyKeepsALongDescription()
+    {
+        // A hand-edited file may hold more than the box lets anyone type.
+        const QString longDesc = QString(45, u'x') + QStringLiteral("- 60 characters");
+        TestEnvironment env;
+        writeFile(FavFile::kName, "127.0.1.1\r\n" + longDesc.toLatin1() + "\r\n");
+        auto w = newMainWindow();
+        w->loadFavorites();
+        frmFavorites *editor = openEditor(*w);
+        selectRow(editor->List1, 0);
+        QTest::mouseClick(editor->cmModify, Qt::LeftButton);
+        frmAddFav *dialog = openDialog(editor);
+        QCOMPARE(dialog->txtServerDesc->text(), longDesc);
+        dialog->txtServerDesc->end(false);
+        QTest::keyClicks(dialog->txtServerDesc, QStringLiteral("y"));  // typing stays limited
+        QTest::keyClick(dialog->txtServerDesc, Qt::Key_Backspace);
+        QTest::keyClicks(dialog->txtServerDesc, QStringLiteral("z"));
+        QCOMPARE(dialog->txtServerDesc->text(), longDesc.chopped(1));
+        QTest::mouseClick(dialog->cmdCancel, Qt::LeftButton);
+        QTRY_VERIFY(!openDialog(editor));
+        selectRow(editor->List1, 0);
+        QTest::mouseClick(editor->cmModify, Qt::LeftButton);
+        QTest::mouseClick(openDialog(editor)->cmdAdd, Qt::LeftButton);
+        QTRY_VERIFY(!openDialog(editor));
+        QTest::mouseClick(editor->cmClose, Qt::LeftButton);
+        QCOMPARE(readFile(FavFile::kName), "127.0.1.1\r\n" + longDesc.toLatin1() + "\r\n");
+    }
+
     void cancelKeepsFileAndLists()
     {
         Editing e;

@@ -49,6 +49,12 @@ private slots:
         QCOMPARE(GameConfig::serialize(QStringLiteral(" /g/quake2.exe ")), QByteArray(" /g/quake2.exe \r\n"));
         QCOMPARE(GameConfig::firstLine(" /g/quake2.exe \r\nsecond\r\n"), QStringLiteral(" /g/quake2.exe "));
         QCOMPARE(GameConfig::firstLine(QByteArray()), QString());
+        // A folder name the code page cannot hold survives a save and a restart.
+        const QString cyrillic = QStringLiteral("/home/\u0438\u0433\u0440\u044b/quake2.exe");
+        QCOMPARE(GameConfig::firstLine(GameConfig::serialize(cyrillic)), cyrillic);
+        QCOMPARE(GameConfig::serialize(QStringLiteral("/jeux/\u00e9t\u00e9/quake2.exe")),
+                 QByteArray("/jeux/\xe9t\xe9/quake2.exe\r\n"));
+        QCOMPARE(GameConfig::firstLine("/jeux/\xe9t\xe9/quake2.exe\r\n"), QStringLiteral("/jeux/\u00e9t\u00e9/quake2.exe"));
     }
 };
 

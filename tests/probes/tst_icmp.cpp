@@ -5,6 +5,9 @@
 #include <QtEndian>
 #include <QtTest>
 
+#include <cerrno>
+#include <sys/socket.h>
+
 namespace {
 const QByteArray kPayload("Server please echo this back.");
 
@@ -92,6 +95,39 @@ private slots:
         EchoReply reply;
         QCOMPARE(echo.sendEcho(0, kPayload, 90, 200, reply), 0);
         QCOMPARE(reply.Status, 11018u);
+    }
+
+    void deniedSocketsAreTriedAgain()
+    {
+        // Sockets refused at first, allowed later (sysctl or setcap while the program runs).
+        struct Gated : LinuxIcmpEcho {
+            bool allowed = false;
+            int opened = 0;
+            int openSocket(int) override
+            {
+                ++opened;
+                if (!allowed) {
+                    errno = EPERM;
+                    return -1;
+                }
+                return ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+            }
+        } echo;
+        EchoReply reply;
+        QCOMPARE(echo.sendEcho(DottedToAddress(QStringLiteral("127.0.0.1")), kPayload, 90, 200, reply), 0);
+        QCOMPARE(reply.Status, 11050u);
+        const QString advice = echo.unavailableReason();
+        QVERIFY(advice.contains(QStringLiteral("net.ipv4.ping_group_range")));
+        QVERIFY(advice.contains(QStringLiteral("no restart")));
+        QVERIFY(advice.contains(QStringLiteral("setcap cap_net_raw+ep")));
+        QVERIFY(advice.contains(QStringLiteral("started again")));
+        QCOMPARE(echo.socketKind(), QString());
+        echo.allowed = true;
+        QCOMPARE(echo.socketKind(), QStringLiteral("ping"));
+        QCOMPARE(echo.unavailableReason(), QString());
+        const int opened = echo.opened;
+        echo.socketKind();
+        QCOMPARE(echo.opened, opened);  // an open socket is kept, not reopened
     }
 
     void loopbackAnswers()

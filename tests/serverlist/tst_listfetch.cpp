@@ -113,6 +113,24 @@ private slots:
         QVERIFY(env.prompts.shown.isEmpty());
     }
 
+    void urlWithoutPortFetchesFromPort80()
+    {
+        QTcpServer web;
+        if (!web.listen(QHostAddress(QStringLiteral("127.0.19.1")), 80))
+            QSKIP("port 80 on 127.0.19.1 cannot be opened here (needs root or a low "
+                  "net.ipv4.ip_unprivileged_port_start)");
+        TestEnvironment env;
+        auto window = newMainWindow();
+        window->Text1->setEditText(QStringLiteral("http://127.0.19.1/quake2/gamespy.txt"));
+        QString host;
+        QVERIFY(window->fetchPrepare(&host));
+        window->fetchStart(host);
+        QTRY_VERIFY(web.hasPendingConnections());
+        QCOMPARE(window->dsSocket1->RemotePort, quint16(80));
+        delete web.nextPendingConnection();  // closes: the fetch ends with an empty list
+        QTRY_VERIFY(!Mod().FetchBusy);
+    }
+
     void urlWithoutHostOrBadPort()
     {
         TestEnvironment env;

@@ -8,6 +8,7 @@
 #include "shell/vblist.h"
 #include "shell/waiting.h"
 
+#include <QAccessible>
 #include <QAction>
 #include <QComboBox>
 #include <QLabel>
@@ -61,6 +62,17 @@ struct Refresh {
         QCOMPARE(Mod().CancelRequested, qint16(0));
     }
 
+    // While a run goes only Cancel may start anything: the one guard against nesting.
+    bool runControls() const
+    {
+        bool ok = window->Command1->isEnabled() && !window->Command6->isEnabled()
+                  && !window->mnuPing->menuAction()->isEnabled() && Mod().CancelRequested == 0;
+        for (QWidget *w : std::initializer_list<QWidget *>{window->Command2, window->Command8, window->Command7,
+                                                           window->cmAddFav, window->txTTL, window->Text4})
+            ok = ok && !w->isEnabled();
+        return ok;
+    }
+
     TestEnvironment env;
     Demo::Network network;
     bool started = false;
@@ -95,12 +107,17 @@ private slots:
                              {QStringLiteral("127.0.11.6"), {ms(231)}}};
 
         QList<int> bar;  // the progress bar's width as each server is pinged (-1: hidden)
-        r.env.echo.onSend = [&] { bar << (r.window->Shape2->isVisible() ? r.window->Shape2->width() : -1); };
+        int runningSends = 0;
+        r.env.echo.onSend = [&] {
+            bar << (r.window->Shape2->isVisible() ? r.window->Shape2->width() : -1);
+            runningSends += r.runControls() ? 1 : 0;
+        };
 
         QTest::mouseClick(r.window->Command2, Qt::LeftButton);
 
         const int full = r.window->Shape1->width();
         QCOMPARE(bar, (QList<int>{0, 0, 0, full / 6, 2 * full / 6, 3 * full / 6, 4 * full / 6, 5 * full / 6}));
+        QCOMPARE(runningSends, bar.size());
         QCOMPARE(r.rows(), (QStringList{
             row("007", false, "127.0.0.1:27931", "Named Host", "3.19", "q2dm1", "1/ 8"),
             row("012", true, "127.0.11.2:27910", "Fav Two", "3.14", "q2dm1", "0/ 8"),
@@ -279,6 +296,20 @@ private slots:
         QCOMPARE(r.window->Statusbar->text(), QStringLiteral("No sites from web source list"));
         QCOMPARE(r.rows(), QStringList());
         r.verifyIdleControls();
+        // Plain OK boxes without an icon, the question with Yes and No, all titled "Pulsebox".
+        QCOMPARE(r.env.prompts.shown[0].kind, QStringLiteral("message"));
+        QCOMPARE(r.env.prompts.shown[0].icon, Prompter::Icon::None);
+        QCOMPARE(r.env.prompts.shown[1].kind, QStringLiteral("question"));
+        for (const auto &shown : r.env.prompts.shown)
+            QCOMPARE(shown.title, QStringLiteral("Pulsebox"));
+
+        r.env.prompts.shown.clear();
+        r.env.prompts.answers = {true};  // the empty list, answered Yes: the favorites still run
+        QTest::mouseClick(r.window->Command2, Qt::LeftButton);
+        QCOMPARE(r.env.prompts.texts(), (QStringList{QStringLiteral("No sites from web source list"), question}));
+        QCOMPARE(r.rows().size(), 1);
+        QCOMPARE(r.window->Statusbar->text(), QStringLiteral("Done..."));
+        r.verifyIdleControls();
     }
 
     void unreachableListServer()
@@ -287,12 +318,49 @@ private slots:
         r.addFavorite(QStringLiteral("127.0.16.1"));
         const quint16 port = closedPort();
         r.window->Text1->setEditText(QStringLiteral("http://127.0.0.1:%1/quake2/gamespy.txt").arg(port));
+        QTest::mouseClick(r.window->Command2, Qt::LeftButton);  // answered No: nothing is probed
+        QCOMPARE(r.env.prompts.texts(), (QStringList{QStringLiteral("problem getting list of server"),
+                                                     QStringLiteral("Do you want to continue trying favorites?")}));
+        QCOMPARE(r.env.prompts.shown[0].icon, Prompter::Icon::None);
+        QCOMPARE(r.window->Statusbar->text(), QStringLiteral("Problem getting list from server"));
+        QVERIFY(r.env.echo.sent.isEmpty());
+        QCOMPARE(r.rows(), QStringList());
+        r.verifyIdleControls();
+
+        r.env.prompts.shown.clear();
         r.env.prompts.answers = {true};
         QTest::mouseClick(r.window->Command2, Qt::LeftButton);
         QCOMPARE(r.env.prompts.texts(), (QStringList{QStringLiteral("problem getting list of server"),
                                                      QStringLiteral("Do you want to continue trying favorites?")}));
         QCOMPARE(r.rows().size(), 1);
         QCOMPARE(r.window->Statusbar->text(), QStringLiteral("Done..."));
+    }
+
+    void screenReaderHearsWhatIsShown()
+    {
+        Refresh r({fake("127.0.18.1", 27910, "34", "Heard")}, {});
+        QVERIFY(r.started);
+        r.addFavorite(QStringLiteral("127.0.18.1"));
+        r.env.echo.script = {{QStringLiteral("127.0.18.1"), {ms(20)}}};
+        const auto heard = [](QObject *control) {
+            QAccessibleInterface *iface = QAccessible::queryAccessibleInterface(control);
+            return iface ? iface->text(QAccessible::Name) : QStringLiteral("<no interface>");
+        };
+        QTest::mouseClick(r.window->Command8, Qt::LeftButton);
+        QCOMPARE(r.window->Statusbar->text(), QStringLiteral("Done..."));
+        QCOMPARE(heard(r.window->Statusbar), QStringLiteral("Done..."));
+        QVERIFY(!r.window->Label14->text().isEmpty());  // the count, set by the run
+        QCOMPARE(heard(r.window->Label14), r.window->Label14->text());
+        // Boxes are named by their captions; buttons by their caption of the moment.
+        QCOMPARE(heard(r.window->Text4), r.window->Label5->text());
+        QCOMPARE(heard(r.window->txTTL), r.window->Label3->text());
+        // An editable list box is heard by its text on Linux, and labelled by its caption.
+        QCOMPARE(heard(r.window->Text1), r.window->Text1->currentText());
+        const auto labels = QAccessible::queryAccessibleInterface(r.window->Text1)->relations(QAccessible::Label);
+        QVERIFY(!labels.isEmpty() && labels.first().first->object() == r.window->Label4);
+        QCOMPARE(heard(r.window->Command8), QStringLiteral("Fav Refresh"));
+        r.window->Command8->setText(QStringLiteral("Pulse Arena"));
+        QCOMPARE(heard(r.window->Command8), QStringLiteral("Pulse Arena"));
     }
 
     void noIcmpIsReportedOnce()

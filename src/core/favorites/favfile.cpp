@@ -32,10 +32,10 @@ QStringList SplitLines(const QString &text)
 
 QByteArray CrLfLines(const QStringList &lines)
 {
-    QByteArray bytes;
+    QString text;
     for (const QString &line : lines)
-        bytes += WireText::toBytes(line) + "\r\n";
-    return bytes;
+        text += line + QStringLiteral("\r\n");
+    return WireText::toFileBytes(text);
 }
 
 // QSaveFile is not enough here: on a full disk it can commit a short file
@@ -69,7 +69,7 @@ namespace FavFile {
 
 QList<Favorite> parse(const QByteArray &bytes)
 {
-    const QStringList lines = SplitLines(WireText::fromBytes(bytes));
+    const QStringList lines = SplitLines(WireText::fromFileBytes(bytes));
     QList<Favorite> favorites;
     for (qsizetype i = 0; i < lines.size(); i += 2)
         favorites.append({lines[i], i + 1 < lines.size() ? lines[i + 1] : QString()});
@@ -82,6 +82,17 @@ QByteArray serialize(const QList<Favorite> &favorites)
     for (const Favorite &f : favorites)
         lines << f.address << f.description;
     return CrLfLines(lines);
+}
+
+QByteArray appended(const QByteArray &existing, const Favorite &favorite)
+{
+    const QByteArray added = serialize({favorite});
+    const QString before = WireText::fromFileBytes(existing);
+    const QString after = WireText::fromFileBytes(added);
+    // Only a change of encoding needs the old bytes re-encoded; otherwise they stay byte for byte.
+    if (WireText::fitsCodePage(before + after) && WireText::fromBytes(existing) == before)
+        return existing + added;
+    return (before + after).toUtf8();
 }
 
 }

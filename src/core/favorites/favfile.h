@@ -17,9 +17,13 @@ inline const QString kName = QStringLiteral("Pulsebox.fav");
 // is kept with an empty description.
 QList<Favorite> parse(const QByteArray &bytes);
 QByteArray serialize(const QList<Favorite> &favorites);
+// `existing` (the file's bytes, kept as they are) with one more favorite after
+// them, in one encoding for the whole file.
+QByteArray appended(const QByteArray &existing, const Favorite &favorite);
 }
 
-// Lines of a text file as the program writes them: each text, then CR LF.
+// Lines of a text file as the program writes them: each text, then CR LF, in
+// Windows-1252 or, when some text does not fit it, UTF-8 (WireText::toFileBytes).
 QByteArray CrLfLines(const QStringList &lines);
 // Splits at CR LF, LF or CR; a final line end does not start another line.
 QStringList SplitLines(const QString &text);

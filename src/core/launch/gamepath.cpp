@@ -7,7 +7,7 @@
 namespace GameConfig {
 QString firstLine(const QByteArray &bytes)
 {
-    const QStringList lines = SplitLines(WireText::fromBytes(bytes));
+    const QStringList lines = SplitLines(WireText::fromFileBytes(bytes));
     return lines.isEmpty() ? QString() : lines.first();
 }
 

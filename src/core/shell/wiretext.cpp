@@ -1,5 +1,8 @@
 #include "shell/wiretext.h"
 
+#include <QStringDecoder>
+
+#include <algorithm>
 #include <array>
 
 namespace {
@@ -26,26 +29,55 @@ QString fromBytes(const QByteArray &bytes)
     return text;
 }
 
+namespace {
+int codePageByte(char16_t u)
+{
+    if (u < 0x80 || (u >= 0xA0 && u <= 0xFF))
+        return u;
+    for (int i = 0; i < 32; ++i) {
+        if (kHighControls[static_cast<size_t>(i)] == u)
+            return 0x80 + i;
+    }
+    return -1;
+}
+}
+
 QByteArray toBytes(const QString &text)
 {
     QByteArray bytes(text.size(), Qt::Uninitialized);
     char *out = bytes.data();
     for (const QChar ch : text) {
-        const char16_t u = ch.unicode();
-        int b = '?';
-        if (u < 0x80 || (u >= 0xA0 && u <= 0xFF)) {
-            b = u;
-        } else {
-            for (int i = 0; i < 32; ++i) {
-                if (kHighControls[static_cast<size_t>(i)] == u) {
-                    b = 0x80 + i;
-                    break;
-                }
-            }
-        }
-        *out++ = static_cast<char>(b);
+        const int b = codePageByte(ch.unicode());
+        *out++ = static_cast<char>(b < 0 ? '?' : b);
     }
     return bytes;
+}
+
+bool fitsCodePage(const QString &text)
+{
+    for (const QChar ch : text) {
+        if (codePageByte(ch.unicode()) < 0)
+            return false;
+    }
+    return true;
+}
+
+QByteArray toFileBytes(const QString &text)
+{
+    return fitsCodePage(text) ? toBytes(text) : text.toUtf8();
+}
+
+QString fromFileBytes(const QByteArray &bytes)
+{
+    const bool ascii = std::all_of(bytes.begin(), bytes.end(),
+                                   [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+    if (!ascii) {
+        QStringDecoder utf8(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+        const QString text = utf8.decode(bytes);
+        if (!utf8.hasError())
+            return text;
+    }
+    return fromBytes(bytes);
 }
 
 }

@@ -3,6 +3,7 @@
 #include "probes/address.h"
 #include "probes/icmppacket.h"
 
+#include <QCoreApplication>
 #include <QElapsedTimer>
 
 #include <arpa/inet.h>
@@ -53,32 +54,47 @@ LinuxIcmpEcho::~LinuxIcmpEcho()
         ::close(fd_);
 }
 
+int LinuxIcmpEcho::openSocket(int type)
+{
+    return ::socket(AF_INET, type | SOCK_CLOEXEC, IPPROTO_ICMP);
+}
+
+// A failure is not remembered: the player may open the ping sockets or give the
+// capability while the program runs, and the next echo (so the next run) tries again.
+// Two failing socket() calls per server cost nothing next to the echo's time-out.
 bool LinuxIcmpEcho::open()
 {
-    if (tried_)
-        return fd_ >= 0;
-    tried_ = true;
-    fd_ = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, IPPROTO_ICMP);
+    if (fd_ >= 0)
+        return true;
+    fd_ = openSocket(SOCK_DGRAM);
     if (fd_ >= 0) {
+        raw_ = false;
+        reason_.clear();
         const int on = 1;
         // Without IP_RECVERR the kernel drops "time exceeded" and "unreachable" for us.
         ::setsockopt(fd_, IPPROTO_IP, IP_RECVERR, &on, sizeof on);
         ::setsockopt(fd_, IPPROTO_IP, IP_RECVTTL, &on, sizeof on);
         return true;
     }
-    fd_ = ::socket(AF_INET, SOCK_RAW | SOCK_CLOEXEC, IPPROTO_ICMP);
+    fd_ = openSocket(SOCK_RAW);
     if (fd_ >= 0) {
         raw_ = true;
+        reason_.clear();
         id_ = static_cast<quint16>((::getpid() & 0xFFFF) ^ (g_nextId.fetch_add(1) * 0x9E37));
         return true;
     }
+    const QString program = QCoreApplication::instance() ? QCoreApplication::applicationFilePath()
+                                                         : QStringLiteral("<path to pulsebox>");
     reason_ = QStringLiteral(
         "Pulsebox cannot send pings (ICMP echo) on this machine: it may open neither an "
-        "unprivileged ping socket nor a raw socket, so every server will fail its ping.\n\n"
-        "To allow it, either let your group use ping sockets:\n"
+        "unprivileged ping socket nor a raw socket, so every server will fail its ping "
+        "(code 11050).\n\n"
+        "To allow it, either let your group use ping sockets (this works at once: no restart "
+        "is needed, the next Refresh List pings again):\n"
         "    sudo sysctl -w net.ipv4.ping_group_range=\"0 2147483647\"\n"
-        "or give the program the raw-socket capability:\n"
-        "    sudo setcap cap_net_raw+ep <path to pulsebox>");
+        "or give the program the raw-socket capability (this takes effect only when Pulsebox "
+        "is started again):\n"
+        "    sudo setcap cap_net_raw+ep %1").arg(program);
     return false;
 }
 

@@ -16,6 +16,10 @@ public:
     // Which socket kind is in use: "ping", "raw" or "" when none could be opened.
     QString socketKind();
 
+protected:
+    // socket(AF_INET, type, IPPROTO_ICMP); a seam for the tests of the retry.
+    virtual int openSocket(int type);
+
 private:
     bool open();
     int receiveError(quint16 sequence, EchoReply &reply);
@@ -23,7 +27,6 @@ private:
 
     int fd_ = -1;
     bool raw_ = false;
-    bool tried_ = false;
     quint16 id_ = 0;
     quint16 sequence_ = 0;
     QString reason_;

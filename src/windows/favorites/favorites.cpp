@@ -82,7 +82,7 @@ void frmPulsebox::cmAddFav_Click()
         address += u':' + QString::number(rec->Port);
 
     const auto existing = readFavoritesFile();
-    if (!existing || !SaveFavoritesFile(*existing + FavFile::serialize({{address, rec->HostName}})))
+    if (!existing || !SaveFavoritesFile(FavFile::appended(*existing, {address, rec->HostName})))
         return;
     appendFavorite(address, rec->HostName);
 }

@@ -17,6 +17,9 @@ public:
     QLabel *lblServer, *lblServerDesc;
     QPushButton *cmdAdd, *cmdCancel;
 
+    // Puts a stored description into its box whole, however long it is.
+    void setDescription(const QString &text);
+
     void cmdAdd_Click();
     void cmdCancel_Click();
 

@@ -76,7 +76,7 @@ void frmFavorites::cmModify_Click()
     auto *dialog = new frmAddFav(this);
     dialog->cmdAdd->setText(u"Save"_s);
     dialog->txtServer->setText(List1->List(row));
-    dialog->txtServerDesc->setText(List2->List(List1->ItemData(row)));
+    dialog->setDescription(List2->List(List1->ItemData(row)));
     Mod().favOrigServer = dialog->txtServer->text();
     Mod().favOrigDesc = dialog->txtServerDesc->text();
     dialog->setWindowTitle(u"Modify Favorite"_s);

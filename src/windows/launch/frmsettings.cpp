@@ -25,7 +25,7 @@ frmSettings::frmSettings(QWidget *owner) : QDialog(owner)
     setWindowModality(Qt::ApplicationModal);
     setFixedSize(Twips::size(4050, 1845));
     Label1 = Controls::label(this, "Label1", u"Path to Quake 2"_s, Twips::rect(120, 180, 1335, 255));
-    Text1 = Controls::textBox(this, "Text1", Twips::rect(1560, 120, 2355, 315), Label1->text());
+    Text1 = Controls::textBox(this, "Text1", Twips::rect(1560, 120, 2355, 315), Label1);
     Command1 = Controls::button(this, "Command1", u"OK"_s, Twips::rect(60, 1380, 915, 375));
     Command2 = Controls::button(this, "Command2", u"Cancel"_s, Twips::rect(3060, 1380, 915, 375));
     setTabOrder(Text1, Command1);

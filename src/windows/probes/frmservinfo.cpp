@@ -3,7 +3,9 @@
 #include "shell/controls.h"
 #include "shell/twips.h"
 
+#include <QGuiApplication>
 #include <QPlainTextEdit>
+#include <QScreen>
 #include <QPushButton>
 
 using namespace Qt::StringLiterals;
@@ -28,6 +30,7 @@ frmServinfo::frmServinfo(const QString &text, QWidget *parent)
     Command1 = Controls::button(this, "Command1", u"OK"_s, Twips::rect(2580, 4260, 1035, 375));
     Command1->setDefault(true);
     connect(Command1, &QPushButton::clicked, this, &QDialog::close);
-    if (parent)
-        move(parent->geometry().center() - rect().center());
+    const QScreen *screen = parent ? parent->screen() : QGuiApplication::primaryScreen();
+    if (screen)
+        move(screen->geometry().center() - rect().center());
 }

@@ -21,7 +21,10 @@ frmsrvpop::frmsrvpop(QWidget *parent) : QWidget(parent, Qt::Tool)
     resize(Twips::size(2295, 1455));
 }
 
+// The designed rule keeps the box 120 twips narrower and 360 twips lower than the
+// window's outer size: exactly the tool window's borders and caption. The window
+// manager draws those here, so the box takes the whole client area.
 void frmsrvpop::resizeEvent(QResizeEvent *)
 {
-    Text1->setGeometry(0, 0, std::max(0, width() - Twips::px(120)), std::max(0, height() - Twips::px(360)));
+    Text1->setGeometry(rect());
 }

@@ -29,7 +29,6 @@ QPushButton *button(QWidget *parent, const char *name, const QString &caption, Q
     auto *b = new QPushButton(caption, parent);
     b->setObjectName(QLatin1String(name));
     b->setGeometry(geometry);
-    b->setAccessibleName(caption);
     QFont font = b->font();
     while (font.pointSizeF() > 6.0 && QFontMetrics(font).horizontalAdvance(caption) + kMargins > geometry.width())
         font.setPointSizeF(font.pointSizeF() - 0.25);
@@ -43,7 +42,6 @@ QLabel *label(QWidget *parent, const char *name, const QString &caption, QRect g
     auto *l = new QLabel(caption, parent);
     l->setObjectName(QLatin1String(name));
     l->setAlignment(align | Qt::AlignVCenter);
-    l->setAccessibleName(caption);
     if (bold) {
         QFont font = l->font();
         font.setBold(true);
@@ -59,12 +57,13 @@ QLabel *label(QWidget *parent, const char *name, const QString &caption, QRect g
     return l;
 }
 
-QLineEdit *textBox(QWidget *parent, const char *name, QRect geometry, const QString &accessibleName)
+QLineEdit *textBox(QWidget *parent, const char *name, QRect geometry, QLabel *caption)
 {
     auto *t = new QLineEdit(parent);
     t->setObjectName(QLatin1String(name));
     t->setGeometry(geometry);
-    t->setAccessibleName(accessibleName);
+    if (caption)
+        caption->setBuddy(t);
     return t;
 }
 

@@ -10,7 +10,9 @@ class QPushButton;
 class QWidget;
 
 // Builders for the controls of the program's windows: each gets its design name
-// as objectName, its geometry in pixels and an accessible name.
+// as objectName and its geometry in pixels. None gets a fixed accessible name: a
+// screen reader hears what the control shows (a label's or button's current text),
+// and a box is named by its caption label through the label's buddy.
 namespace Controls {
 // The face the layouts were drawn for: a small sans-serif font.
 void applyDesignLook(QWidget *form);
@@ -22,5 +24,5 @@ QPushButton *button(QWidget *parent, const char *name, const QString &caption, Q
 // A caption wider than its box grows away from the control it captions.
 QLabel *label(QWidget *parent, const char *name, const QString &caption, QRect geometry,
               Qt::Alignment align = Qt::AlignLeft, bool bold = false);
-QLineEdit *textBox(QWidget *parent, const char *name, QRect geometry, const QString &accessibleName);
+QLineEdit *textBox(QWidget *parent, const char *name, QRect geometry, QLabel *caption);
 }

@@ -83,12 +83,9 @@ QPushButton *frmPulsebox::button(QWidget *client, const char *name, const QStrin
 }
 
 QLineEdit *frmPulsebox::textBox(QWidget *client, const char *name, const QString &text,
-                                const QString &tip, QRect geometry, const QLabel *caption)
+                                const QString &tip, QRect geometry, QLabel *caption)
 {
-    QString accessible = caption->text();
-    while (accessible.endsWith(u':') || accessible.endsWith(u' '))
-        accessible.chop(1);
-    QLineEdit *t = Controls::textBox(client, name, geometry, accessible);
+    QLineEdit *t = Controls::textBox(client, name, geometry, caption);
     t->setText(text);
     t->setToolTip(tip);
     return t;
@@ -107,7 +104,7 @@ void frmPulsebox::buildControls(QWidget *client)
     Text1->setInsertPolicy(QComboBox::NoInsert);
     Text1->setGeometry(rect(5280, 120, 3915, 315));
     Text1->setToolTip(u"Location of server list"_s);
-    Text1->setAccessibleName(Label4->text());
+    Label4->setBuddy(Text1);
     Text1->setEditText(u"http://127.0.0.1/quake2/gamespy.txt"_s);
 
     Label5 = Controls::label(client, "Label5", u"Ping Limit:"_s, rect(180, 540, 735, kLabelHeight), Qt::AlignRight);
@@ -129,7 +126,7 @@ void frmPulsebox::buildControls(QWidget *client)
     Shape2->hide();
     Label7 = Controls::label(client, "Label7", u"List Count:"_s, rect(7440, 1140, 1155, kLabelHeight), Qt::AlignRight);
     Label14 = Controls::label(client, "Label14", QString(), rect(8640, 1140, 975, kLabelHeight), Qt::AlignLeft, true);
-    Label14->setAccessibleName(u"List Count"_s);
+    Label14->setAccessibleDescription(Label7->text());  // heard as its count, then what it counts
 
     Label10 = Controls::label(client, "Label10", u"Ping"_s, rect(180, 1440, 700, kLabelHeight));
     Label12 = Controls::label(client, "Label12", u"Address"_s, rect(900, 1440, 1200, kLabelHeight));
@@ -160,7 +157,7 @@ void frmPulsebox::buildControls(QWidget *client)
     lbReturn->setAccessibleName(u"Return Information"_s);
     Statusbar = Controls::label(client, "Statusbar", u" "_s, rect(180, 6360, 9735, 315));
     Statusbar->setFrameShape(QFrame::Box);
-    Statusbar->setAccessibleName(u"Status"_s);
+    Statusbar->setAccessibleDescription(u"Status"_s);  // heard as its text ("Done...")
 
     for (VbList **hidden : {&lbHost, &lbFav, &lbFavDesc}) {
         *hidden = new VbList(false, client);
@@ -229,7 +226,7 @@ void frmPulsebox::connectHandlers()
     connect(Command8, &QPushButton::clicked, this, &frmPulsebox::Command8_Click);
     connect(Command6, &QPushButton::clicked, this, &frmPulsebox::Command6_Click);
     connect(cmAddFav, &QPushButton::clicked, this, &frmPulsebox::cmAddFav_Click);
-    connect(List1, &QListWidget::itemSelectionChanged, this, &frmPulsebox::List1_Click);
+    connect(List1, &VbList::Click, this, &frmPulsebox::List1_Click);
     connect(List1, &QListWidget::itemDoubleClicked, this, &frmPulsebox::List1_DblClick);
     for (int i = 0; i < 2; ++i)
         connect(mnuqp[static_cast<size_t>(i)], &QAction::triggered, this, [this, i] { mnuqp_Click(i); });

@@ -124,7 +124,7 @@ private:
     QPushButton *button(QWidget *client, const char *name, const QString &caption,
                         const QString &tip, QRect geometry, bool enabled);
     QLineEdit *textBox(QWidget *client, const char *name, const QString &text, const QString &tip,
-                       QRect geometry, const QLabel *caption);
+                       QRect geometry, QLabel *caption);
     // The record of the selected row, or nullptr after telling the user to pick one.
     const ServerRec *selectedServer();
 

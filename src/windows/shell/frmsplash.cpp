@@ -43,7 +43,7 @@ QPixmap PulseboxLogo(int width, int height)
 }
 
 frmSplash::frmSplash(Ticker *startupClock, QWidget *parent)
-    : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint), startupClock_(startupClock)
+    : QDialog(parent, Qt::Dialog | Qt::MSWindowsFixedSizeDialogHint), startupClock_(startupClock)
 {
     setObjectName(u"frmSplash"_s);
     setFont(QFont(u"Arial"_s));
@@ -60,9 +60,12 @@ frmSplash::frmSplash(Ticker *startupClock, QWidget *parent)
     imgLogo->setAccessibleName(u"Pulsebox logo"_s);
 
     const QString version = u"Version "_s + QStringLiteral(PULSEBOX_VERSION);
-    // Right-aligned: the right edges stand at 6030 and 6000.
-    lblVersion = Controls::label(frame, "lblVersion", version, Twips::rect(3630, 1080, 2400, 300), Qt::AlignRight, true);
-    lblPlatform = Controls::label(frame, "lblPlatform", u"Win95"_s, Twips::rect(3600, 720, 2400, 300), Qt::AlignRight, true);
+    // Placed by their left edge like every control, right-aligned within the room up to
+    // the frame's edge; a wider caption grows to the right.
+    lblVersion = Controls::label(frame, "lblVersion", version, Twips::rect(6030, 1080, 990, 300), Qt::AlignLeft, true);
+    lblPlatform = Controls::label(frame, "lblPlatform", u"Win95"_s, Twips::rect(6000, 720, 1020, 300), Qt::AlignLeft, true);
+    for (QLabel *l : {lblVersion, lblPlatform})
+        l->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     Label1 = Controls::label(frame, "Label1", u"Use at your own risk."_s, Twips::rect(4560, 1620, 2400, 300));
 
     // A click on the frame, the picture or a label closes the window.

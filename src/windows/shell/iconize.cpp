@@ -43,25 +43,29 @@ bool SetTopMost(QWidget *window, bool topMost)
     return topMost && window->windowFlags().testFlag(Qt::WindowStaysOnTopHint);
 }
 
+QPixmap PulseboxIconPixmap(int size)
+{
+    QPixmap pixmap(size, size);
+    pixmap.fill(Qt::transparent);
+    QPainter p(&pixmap);
+    p.setRenderHint(QPainter::Antialiasing);
+    const double s = size;
+    p.setPen(Qt::NoPen);
+    p.setBrush(QColor(0x10, 0x18, 0x20));
+    p.drawRoundedRect(QRectF(0.5, 0.5, s - 1, s - 1), s / 6, s / 6);
+    p.setPen(QPen(QColor(0xE0, 0x30, 0x20), std::max(1.5, s / 12), Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    const QPointF trace[] = {{s * 0.08, s * 0.55}, {s * 0.32, s * 0.55}, {s * 0.42, s * 0.2},
+                             {s * 0.55, s * 0.85}, {s * 0.65, s * 0.4}, {s * 0.72, s * 0.55},
+                             {s * 0.92, s * 0.55}};
+    p.drawPolyline(trace, 7);
+    p.end();
+    return pixmap;
+}
+
 QIcon PulseboxIcon()
 {
     QIcon icon;
-    for (const int size : {16, 24, 32, 48, 64}) {
-        QPixmap pixmap(size, size);
-        pixmap.fill(Qt::transparent);
-        QPainter p(&pixmap);
-        p.setRenderHint(QPainter::Antialiasing);
-        const double s = size;
-        p.setPen(Qt::NoPen);
-        p.setBrush(QColor(0x10, 0x18, 0x20));
-        p.drawRoundedRect(QRectF(0.5, 0.5, s - 1, s - 1), s / 6, s / 6);
-        p.setPen(QPen(QColor(0xE0, 0x30, 0x20), std::max(1.5, s / 12), Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-        const QPointF trace[] = {{s * 0.08, s * 0.55}, {s * 0.32, s * 0.55}, {s * 0.42, s * 0.2},
-                                 {s * 0.55, s * 0.85}, {s * 0.65, s * 0.4}, {s * 0.72, s * 0.55},
-                                 {s * 0.92, s * 0.55}};
-        p.drawPolyline(trace, 7);
-        p.end();
-        icon.addPixmap(pixmap);
-    }
+    for (const int size : {16, 24, 32, 48, 64})
+        icon.addPixmap(PulseboxIconPixmap(size));
     return icon;
 }

@@ -2,6 +2,7 @@
 #include "shell/taskbar.h"
 
 #include <QIcon>
+#include <QPixmap>
 
 class QWidget;
 
@@ -19,3 +20,5 @@ ScreenRect GetWorkArea();
 bool SetTopMost(QWidget *window, bool topMost);
 // The program's icon, drawn: a pulse across a server box.
 QIcon PulseboxIcon();
+// One size of it, square (the desktop icons of the package are drawn from it).
+QPixmap PulseboxIconPixmap(int size);

@@ -1,8 +1,28 @@
 #include "shell/vblist.h"
 
+#include <QMouseEvent>
+
 VbList::VbList(bool sorted, QWidget *parent) : QListWidget(parent), sorted_(sorted)
 {
     setSelectionMode(QAbstractItemView::SingleSelection);
+    connect(this, &QListWidget::itemSelectionChanged, this, [this] {
+        pressChangedSelection_ = true;
+        emit Click();
+    });
+}
+
+void VbList::mousePressEvent(QMouseEvent *event)
+{
+    pressChangedSelection_ = false;
+    QListWidget::mousePressEvent(event);
+}
+
+void VbList::mouseReleaseEvent(QMouseEvent *event)
+{
+    const bool onRow = event->button() == Qt::LeftButton && itemAt(event->position().toPoint()) != nullptr;
+    QListWidget::mouseReleaseEvent(event);
+    if (onRow && !pressChangedSelection_)
+        emit Click();
 }
 
 int VbList::AddItem(const QString &text)

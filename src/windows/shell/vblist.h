@@ -22,8 +22,18 @@ public:
     void SelectLast();  // selects the last row and scrolls it into view
     QStringList Texts() const;
 
+signals:
+    // The list box's click: raised by every change of the selection (by mouse,
+    // keyboard or code) and by a mouse click on a row that was already selected.
+    void Click();
+
+protected:
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+
 private:
     bool sorted_;
+    bool pressChangedSelection_ = false;
 };
 
 // A hidden text box that only holds text: every character kept as received.
