@@ -12,6 +12,7 @@ class QLineEdit;
 class QMenu;
 class QPushButton;
 class DsSocket;
+class MasterClient;
 class HiddenText;
 class Ticker;
 class VbList;
@@ -78,6 +79,9 @@ public:
     void dsSocket1_DataArrival(const QString &line);
     void dsSocket1_Close();
     void dsSocket1_Error(int number, const QString &description);
+    // A master:// list location: the master's servers into lbHost. Empty when the
+    // master answered, else why not.
+    QString fetchFromMaster(const QString &host, quint16 port);
 
     // Game queries on the datagram socket.
     QString query(const QString &address, const QString &port, int mode);
@@ -118,4 +122,5 @@ private:
     bool inBody_ = false;  // the list response's header has been skipped
     QPointer<frmSplash> splash_;
     QPointer<frmFavorites> favorites_;
+    MasterClient *master_ = nullptr;
 };
