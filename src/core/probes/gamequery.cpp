@@ -38,6 +38,44 @@ bool isWrongVersion(const QString &answer)
     return answer.contains(QStringLiteral("wrong version"));
 }
 
+int nextMode(int mode, const QString &answer)
+{
+    return isWrongVersion(answer) && mode <= 4 ? mode + 1 : 0;
+}
+
+void FastVersionProbe::finish(int mode, const QString &answer)
+{
+    version_ = versionText(mode);
+    infoLine_ = GameQuery::infoLine(answer);
+    mode_ = 0;
+}
+
+void FastVersionProbe::answer(const QString &answer)
+{
+    if (mode_ == 0)
+        return;
+    if (mode_ == 4 && answer34_.isNull()) {
+        const bool refused = isWrongVersion(answer);
+        if (!answer.isEmpty() && (refused || !answer.contains(u'\n'))) {
+            answer34_ = answer;
+            mode_ = 1;
+            return;
+        }
+        // Silence here ends the probe as silence to "info 31" ends the serial one.
+        return finish(answer.isEmpty() ? 1 : 4, answer);
+    }
+    if (!isWrongVersion(answer))
+        return finish(mode_, answer);
+    if (mode_ < 3) {
+        ++mode_;
+        return;
+    }
+    // 31 to 33 refused: what 34 said decides, as in the serial order.
+    if (isWrongVersion(answer34_))
+        return finish(5, QString());
+    finish(4, answer34_);
+}
+
 QString infoLine(const QString &answer)
 {
     if (answer.isEmpty())

@@ -3,6 +3,7 @@
 #include "probes/dssocket.h"
 #include "probes/frmservinfo.h"
 #include "probes/gamequery.h"
+#include "serverlist/probedecisions.h"
 #include "shell/frmpulsebox.h"
 #include "shell/pulseboxmod.h"
 #include "shell/prompts.h"
@@ -20,8 +21,7 @@ QString frmPulsebox::query(const QString &address, const QString &port, int mode
         dsSocket2->SetAction(DsSocket::OpenAction);
     dsSocket2->RemoteHost.clear();
     dsSocket2->RemoteDotted = address;
-    const qint64 portNumber = LeadingNumber(port);
-    dsSocket2->RemotePort = portNumber > 0 && portNumber <= 65535 ? static_cast<quint16>(portNumber) : 0;
+    dsSocket2->RemotePort = Probe::QueryPort(port);
     PulseboxMod &mod = Mod();
     mod.QueryMode = mode;
     mod.LastReply.clear();
@@ -38,10 +38,12 @@ frmPulsebox::VersionProbeResult frmPulsebox::versionProbe(const QString &address
     PulseboxMod &mod = Mod();
     mod.QueryMode = 0;
     QString answer;
-    do {
-        ++mod.QueryMode;
+    int next = 1;
+    while (next != 0 && !waitsAbandoned()) {
+        mod.QueryMode = next;
         answer = query(address, port, mod.QueryMode);
-    } while (GameQuery::isWrongVersion(answer) && mod.QueryMode <= 4 && !waitsAbandoned());
+        next = GameQuery::nextMode(mod.QueryMode, answer);
+    }
     const QString version = GameQuery::versionText(mod.QueryMode);
     mod.QueryMode = 1;
     return {version, GameQuery::infoLine(answer)};

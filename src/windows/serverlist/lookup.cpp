@@ -1,5 +1,6 @@
 // Host-name look-up of server entries, and the master list menu.
 #include "probes/dssocket.h"
+#include "serverlist/probedecisions.h"
 #include "shell/frmpulsebox.h"
 #include "shell/pulseboxmod.h"
 #include "shell/prompts.h"
@@ -9,13 +10,13 @@ using namespace Qt::StringLiterals;
 
 QString frmPulsebox::lookUp(const QString &name)
 {
-    returnLine(u"Looking up: "_s + name + u" Please wait.."_s);
+    returnLine(Probe::LookingUpLine(name));
     yieldOnce();
     dsSocket2->RemoteDotted = u"0.0.0.0"_s;
     dsSocket2->RemoteHost = name;
     dsSocket2->SetAction(DsSocket::ResolveAction);
     const QString address = dsSocket2->RemoteDotted;
-    returnLine(u"Found: "_s + name + u" as "_s + address);
+    returnLine(Probe::FoundLine(name, address));
     yieldOnce();
     return address;
 }

@@ -10,20 +10,6 @@ PulseboxMod &Mod()
     return mod;
 }
 
-qint32 PulseboxMod::appendServer(const ServerRec &rec)
-{
-    ++ServerCount;
-    Servers.resize(static_cast<size_t>(ServerCount) + 2);
-    Servers[static_cast<size_t>(ServerCount)] = rec;
-    return ServerCount;
-}
-
-void PulseboxMod::clearServers()
-{
-    ServerCount = 0;
-    Servers.assign(1, ServerRec{});
-}
-
 namespace Seams {
 namespace {
 EchoService *g_echo = nullptr;

@@ -1,4 +1,5 @@
 #pragma once
+#include "serverlist/probedecisions.h"
 #include "shell/serverrow.h"
 
 #include <QString>
@@ -10,7 +11,7 @@ class Prompter;
 class ProgramStarter;
 
 // The program's module-level state: every long run and every window shares it.
-struct PulseboxMod {
+struct PulseboxMod : ServerTable {
     qint32 TimerTicks = 0;       // ticks of Timer1 since a wait last cleared it
     qint32 SplashTicks = 0;      // ticks of Timer2 since start; 5 once the splash closed
     qint16 CancelRequested = 0;  // 1 while the user asked a long run to stop
@@ -21,16 +22,10 @@ struct PulseboxMod {
     qint32 BytesReceived = 0;    // characters of the fetched body lines
     qint16 FavoritesOnly = 0;    // -1: this refresh probes the favorites only
     QString GamePath;            // the game program, trimmed; empty when not set
-    std::vector<ServerRec> Servers = std::vector<ServerRec>(1);
-    qint32 ServerCount = 0;      // filled records, also the highest used index
     qint32 PlayerCount = 0;      // players of the ping matcher's data
     QString favOrigServer;       // the favorite being modified, for its Cancel
     QString favOrigDesc;
     bool echoTroubleReported = false;  // the "no ICMP here" advice was shown once
-
-    // Appends one record, keeping one spare zeroed record after it; returns its index.
-    qint32 appendServer(const ServerRec &rec);
-    void clearServers();
 };
 
 PulseboxMod &Mod();

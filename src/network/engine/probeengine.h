@@ -1,0 +1,177 @@
+#pragma once
+#include "engine/echobatch.h"
+#include "shell/serverrow.h"
+
+#include <QElapsedTimer>
+#include <QHash>
+#include <QList>
+#include <QObject>
+#include <QString>
+#include <QStringList>
+#include <QTimer>
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <vector>
+
+class QUdpSocket;
+
+// The probe engine: probes many servers at once on the event loop and gives, per
+// server, what the one-at-a-time refresh would give for it (the same log lines,
+// record and row, made by the same core functions), without widgets.
+//
+// Usage:
+//     ProbeEngine engine;
+//     engine.setSettings(settings);          // clamped; see ProbeSettings::check
+//     connect(&engine, &ProbeEngine::finished, ...);
+//     engine.start({{"127.0.0.2:27910", false}, {"localhost:27920", true}});
+//     ... event loop runs ...
+//     for (const ProbeResult &r : engine.results()) if (r.done) ...
+//
+// Everything runs on the thread that owns the engine; nothing blocks. One
+// non-blocking ICMP socket carries every echo (an EchoBatch), one UDP socket every
+// game query; host names are resolved concurrently. Sends are paced by `rate` and
+// at most `inFlight` servers are probed at a time.
+
+struct ProbeSettings {
+    int echoes = 1;               // echoes per server: 1 Quick Ping, 3 Regular Ping
+    int ttl = 90;                 // time-to-live of the echoes, 0..255 (0 goes out as 1)
+    QString ttlText = QStringLiteral("90");  // as typed: the log lines show it
+    double pingLimit = 230;       // ms; a ping above it is only logged (equal is accepted)
+    int echoTimeoutMs = 200;      // per echo
+    int queryTimeoutMs = 2000;    // how long one info query listens for its answer, from its first send
+    int tries = 2;                // sends of one query inside queryTimeoutMs (the rest are re-sends)
+    int rate = 8000;              // packets per second, echoes and queries together
+    int inFlight = 1000;          // servers probed at the same time
+    bool status = false;          // also ask every answering server for "status" (statusAnswer)
+
+    // Values outside these bounds are clamped by setSettings; check() says why a
+    // value is refused instead (for a command line that wants to refuse).
+    static constexpr int MinRate = 10, MaxRate = 100000;
+    static constexpr int MinTimeoutMs = 50, MaxTimeoutMs = 60000;
+    static constexpr int MaxTries = 10, MaxInFlight = 10000;
+    // Empty when every value lies within its bounds, else one clear sentence.
+    QString check() const;
+    ProbeSettings clamped() const;
+};
+
+struct ProbeEntry {
+    QString text;           // host, or host ":" port, as a list or the favorites hold it
+    bool favorite = false;  // favorites get "Reply from Fav" and the " -*" row mark
+};
+
+// Where a result's round-trip time came from.
+enum class RttSource { None, Icmp, GameQuery };
+
+struct ProbeResult {
+    ProbeEntry entry;
+    bool done = false;         // false: cancelled before this server finished
+    QString address;           // the dotted text probed (the looked-up address for a name)
+    QString portText;          // the entry's port text ("27910" when it has none)
+    quint16 port = 0;          // where the queries went (0: the port text is no port)
+    QStringList log;           // the log lines of this server, in order
+    bool accepted = false;     // pinged within the limit and queried: record and row are set
+    ServerRec record;          // valid when accepted
+    QString row;               // valid when accepted
+    bool answered = false;     // the game server gave an info line (not "No data returned")
+    double ping = 0;           // mean round trip in ms, when pinged
+    quint32 echoStatus = 0;    // status of the last echo (0 success)
+    RttSource rttSource = RttSource::None;
+    QString version;           // "3.14" .. "3.20", valid when accepted
+    QString infoLine;          // as the version probe gives it
+    QString hostName, map, players;  // fields of the info line
+    QString statusAnswer;      // the raw "status" answer (settings.status), empty when none
+};
+
+class ProbeEngine : public QObject {
+    Q_OBJECT
+public:
+    explicit ProbeEngine(QObject *parent = nullptr);
+    ~ProbeEngine() override;
+
+    // Settings for the next start(); out-of-range values are clamped.
+    void setSettings(const ProbeSettings &settings);
+    const ProbeSettings &settings() const { return settings_; }
+    // The echo transport; null (the default) means the Linux ICMP socket. The
+    // engine does not own it. Tests hand in scripted echoes.
+    void setEchoBatch(EchoBatch *batch);
+
+    // Starts probing; results() then holds one result per entry, in entry order.
+    // A running probe is cancelled first.
+    void start(const QList<ProbeEntry> &entries);
+    // Stops at once: unfinished servers keep done = false. finished(true) follows.
+    void cancel();
+    bool isRunning() const { return running_; }
+
+    const QList<ProbeResult> &results() const { return results_; }
+    int completed() const { return completed_; }
+    // Non-empty when ICMP is not allowed here: why, and that round trips come from
+    // the first game query instead (said once per run).
+    QString rttNotice() const { return rttNotice_; }
+
+    // Datagrams dropped because no server being queried sent them (tests, benchmark).
+    int foreignDatagrams() const { return foreign_; }
+
+signals:
+    void serverDone(int index);      // results()[index] is final
+    void progress(int completed, int total);
+    void notice(const QString &text);  // the round-trip notice, once per run
+    void finished(bool cancelled);
+
+private:
+    struct Server;
+    void startNext();
+    void beginServer(int index);
+    void resolved(int index, const QString &address);
+    void beginPing(int index);
+    void echoAnswered(int token, int result, const EchoReply &reply);
+    void judgePing(int index);
+    void beginQuery(int index, int mode);
+    void readDatagrams();
+    void queryAnswered(int index, const QString &answer);
+    void queryTimedOut(int index);
+    void accept(int index);
+    void releaseKey(int index);
+    void finishServer(int index);
+    void finishAll(bool cancelled);
+    void queuePacket(int index, bool echo);
+    void pump();
+    void armDeadlines();
+    void expireDeadlines();
+    quint64 keyOf(int index) const;
+
+    ProbeSettings settings_;
+    EchoBatch *echo_ = nullptr;
+    std::unique_ptr<EchoBatch> ownEcho_;
+    QUdpSocket *udp_ = nullptr;
+    QList<ProbeResult> results_;
+    std::vector<Server> servers_;
+    int next_ = 0;        // next entry to begin
+    int active_ = 0;      // servers begun and not finished
+    int completed_ = 0;
+    int foreign_ = 0;
+    bool running_ = false;
+    bool starting_ = false;
+    bool icmp_ = true;    // false: round trips from the first game query
+    QString rttNotice_;
+    QList<int> lookups_;  // pending host look-up ids
+    // Servers being queried, by address and port: one per key at a time.
+    QHash<quint64, int> querying_;
+    QHash<quint64, QList<int>> waitingForKey_;
+    // The send queue: (server index, echo?) in order; paced by a token bucket.
+    struct Queued {
+        int index;
+        quint32 generation;
+        bool echo;
+    };
+    std::vector<Queued> queue_;
+    size_t queueHead_ = 0;
+    double tokens_ = 0;
+    qint64 lastRefillNs_ = 0;
+    QTimer pumpTimer_;
+    // One sorted deadline list for the queries' re-sends and time-outs.
+    std::multimap<qint64, std::pair<int, quint32>> deadlines_;  // ns -> (server, generation)
+    QTimer deadlineTimer_;
+    QElapsedTimer clock_;
+};
