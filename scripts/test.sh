@@ -15,3 +15,5 @@ ctest --test-dir build --output-on-failure
 echo "== AddressSanitizer + UndefinedBehaviorSanitizer build"
 scripts/build.sh build-asan -DPULSEBOX_SANITIZE=ON -DCMAKE_BUILD_TYPE=Debug
 ctest --test-dir build-asan --output-on-failure
+echo "== fuzz targets (clang; skipped where it cannot be had)"
+scripts/fuzz.sh 10

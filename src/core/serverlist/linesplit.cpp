@@ -7,7 +7,9 @@ QList<QByteArray> TakeLines(QByteArray &pending, char eol, bool all, qsizetype m
     for (;;) {
         const qsizetype end = pending.indexOf(eol, at);
         const qsizetype left = pending.size() - at;
-        if (end < 0 && left < maxLine)
+        // A line of exactly maxLine bytes may still get its line end in the next
+        // delivery: cutting it now would add an empty line when that comes.
+        if (end < 0 && left <= maxLine)
             break;
         const bool cut = end < 0 || end - at > maxLine;
         const qsizetype take = cut ? maxLine : end - at;
