@@ -118,7 +118,8 @@ private slots:
             options << (a->isSeparator() ? QStringLiteral("-") + a->objectName() : a->objectName());
         QCOMPARE(options, (QStringList{QStringLiteral("mnuFavorites"), QStringLiteral("-sep5"),
                                        QStringLiteral("mnuupdmaster"), QStringLiteral("-sep1"), QStringLiteral("mnuPing"),
-                                       QStringLiteral("-sep2"), QStringLiteral("mnuSettings")}));
+                                       QStringLiteral("mnuFastRefresh"), QStringLiteral("-sep2"), QStringLiteral("mnuSettings")}));
+        QVERIFY(w->mnuFastRefresh->isCheckable() && !w->mnuFastRefresh->isChecked());  // off at start
         QCOMPARE(w->findChild<QAction *>(QStringLiteral("mnuExit"))->text(), QStringLiteral("&Exit"));
 
         QCOMPARE(w->mnuqp[0]->text(), QStringLiteral("&Quick Ping"));

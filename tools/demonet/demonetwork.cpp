@@ -43,11 +43,13 @@ Config Config::builtIn()
         server("127.0.0.10", 27910, u"nolf"_s, 0, u"Broken Reply"_s, u"q2dm6"_s, 8, {}),
         server("127.0.0.12", 27910, u"34"_s, 0, u"Favorite Hideout"_s, u"q2dm7"_s, 6,
                {{u"Regular"_s, 30, 25}, {u"Nightowl"_s, 28, 33}}),
+        server("127.0.0.11", 27910, u"q2pro"_s, 0, u"Modern Times"_s, u"q2dm1"_s, 16,
+               {{u"Newcomer"_s, 7, 18}}),
     };
     c.masterPort = 27900;
     c.listLines = {u"127.0.0.2"_s, u"127.0.0.3:27910"_s, u"127.0.0.4:27911"_s, u"127.0.0.5"_s,
                    QString(), u"127.0.0.6:27910"_s, u"127.0.0.7"_s, u"127.0.0.8"_s,
-                   u"127.0.0.9:27910"_s, u"localhost:27920"_s, u"127.0.0.10"_s, u"127.0.0.13"_s};
+                   u"127.0.0.9:27910"_s, u"localhost:27920"_s, u"127.0.0.10"_s, u"127.0.0.13"_s, u"127.0.0.11"_s};
     return c;
 }
 
@@ -114,6 +116,14 @@ QByteArray answerFor(const Server &server, const QByteArray &query)
         return header + "info " + latin1(server.hostName);
     if (text.startsWith("info")) {
         const QByteArray asked = text.mid(4).trimmed();
+        const bool modern = server.protocol == u"q2pro"_s;
+        if (modern && asked != "34" && asked != "35" && asked != "36")
+            return {};  // newer servers stay silent for a protocol they do not speak
+        if (modern)
+            return header + "info\n"
+                + QString::asprintf("%16s %8s %2i/%2i\n", latin1(server.hostName).constData(),
+                                    latin1(server.map).constData(),
+                                    static_cast<int>(server.players.size()), server.maxClients).toLatin1();
         if (asked != latin1(server.protocol))
             return header + "info\n" + latin1(server.hostName) + ": wrong version\n";
         return header + "info\n"
@@ -122,7 +132,9 @@ QByteArray answerFor(const Server &server, const QByteArray &query)
                                    static_cast<int>(server.players.size()), server.maxClients).toLatin1();
     }
     if (text.startsWith("status")) {
-        const QByteArray protocol = server.protocol == u"none"_s ? "35" : latin1(server.protocol);
+        const QByteArray protocol = server.protocol == u"none"_s ? "35"
+            : server.protocol == u"q2pro"_s                        ? "34"
+                                                                   : latin1(server.protocol);
         QByteArray answer = header + "print\n" + "\\cheats\\0\\deathmatch\\1\\dmflags\\16\\fraglimit\\30"
             + "\\hostname\\" + latin1(server.hostName) + "\\mapname\\" + latin1(server.map)
             + "\\maxclients\\" + QByteArray::number(server.maxClients) + "\\protocol\\" + protocol

@@ -122,8 +122,13 @@ void IcmpEchoBatch::send(int token, qint32 destination, const QByteArray &payloa
     const quint32 dest = AddressToHostOrder(destination);
     const auto failNow = [&](quint32 status) {
         reply.Status = status;
-        QMetaObject::invokeMethod(this, [this, token, reply] { emit answered(token, 0, reply); },
-                                  Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            this,
+            [this, token, reply, generation = generation_] {
+                if (generation == generation_)  // not forgotten by clear() meanwhile
+                    emit answered(token, 0, reply);
+            },
+            Qt::QueuedConnection);
     };
     if (dest == 0)
         return failNow(EchoStatus::BadDestination);
@@ -155,6 +160,7 @@ void IcmpEchoBatch::send(int token, qint32 destination, const QByteArray &payloa
 
 void IcmpEchoBatch::clear()
 {
+    ++generation_;
     outstanding_.clear();
     deadlines_.clear();
     timer_.stop();

@@ -60,6 +60,7 @@ private:
     int ttl_ = -1;
     quint16 id_ = 0;
     quint16 sequence_ = 0;
+    quint32 generation_ = 0;  // bumped by clear(): answers queued before it are dropped
     QString reason_;
     QSocketNotifier *readNotifier_ = nullptr;
     QSocketNotifier *errorNotifier_ = nullptr;

@@ -112,11 +112,14 @@ void ProbeEngine::start(const QList<ProbeEntry> &entries)
         ownEcho_ = std::make_unique<IcmpEchoBatch>();
         setEchoBatch(ownEcho_.get());
     }
-    if (!udp_) {
-        udp_ = new QUdpSocket(this);
-        udp_->bind(QHostAddress(QHostAddress::AnyIPv4), 0);
-        udp_->setSocketOption(QAbstractSocket::ReceiveBufferSizeSocketOption, QVariant(1 << 20));
-        connect(udp_, &QUdpSocket::readyRead, this, &ProbeEngine::readDatagrams);
+    for (int i = 0; i < QuerySockets; ++i) {
+        QUdpSocket *&udp = udp_[static_cast<size_t>(i)];
+        if (udp)
+            continue;
+        udp = new QUdpSocket(this);
+        udp->bind(QHostAddress(QHostAddress::AnyIPv4), 0);
+        udp->setSocketOption(QAbstractSocket::ReceiveBufferSizeSocketOption, QVariant(1 << 20));
+        connect(udp, &QUdpSocket::readyRead, this, [this, i] { readDatagrams(i); });
     }
     results_.clear();
     servers_.assign(static_cast<size_t>(entries.size()), Server{});
@@ -317,10 +320,13 @@ void ProbeEngine::releaseKey(int index)
     beginQuery(nextIndex, servers_[static_cast<size_t>(nextIndex)].mode);
 }
 
-void ProbeEngine::readDatagrams()
+int ProbeEngine::socketOf(int mode) { return mode >= 1 && mode <= 4 ? mode - 1 : QuerySockets - 1; }
+
+void ProbeEngine::readDatagrams(int socket)
 {
-    while (udp_->hasPendingDatagrams()) {
-        const QNetworkDatagram datagram = udp_->receiveDatagram(65536);
+    QUdpSocket *udp = udp_[static_cast<size_t>(socket)];
+    while (udp->hasPendingDatagrams()) {
+        const QNetworkDatagram datagram = udp->receiveDatagram(65536);
         if (!running_) {
             ++foreign_;
             continue;
@@ -335,7 +341,7 @@ void ProbeEngine::readDatagrams()
         }
         const int index = *it;
         Server &s = servers_[static_cast<size_t>(index)];
-        if (s.phase != Server::Phase::Querying || s.triesSent == 0) {
+        if (s.phase != Server::Phase::Querying || s.triesSent == 0 || socketOf(s.mode) != socket) {
             ++foreign_;
             continue;
         }
@@ -463,7 +469,7 @@ void ProbeEngine::pump()
             continue;
         const QByteArray datagram = WireText::toBytes(GameQuery::datagram(s.mode));
         const qint64 sentAt = clock_.nsecsElapsed();
-        udp_->writeDatagram(datagram, QHostAddress(s.ip), s.port);
+        udp_[static_cast<size_t>(socketOf(s.mode))]->writeDatagram(datagram, QHostAddress(s.ip), s.port);
         if (++s.triesSent == 1)
             s.firstSendNs = sentAt;
         const qint64 window = qint64(settings_.queryTimeoutMs) * kMs;

@@ -10,6 +10,7 @@
 #include <QStringList>
 #include <QTimer>
 
+#include <array>
 #include <map>
 #include <memory>
 #include <optional>
@@ -30,8 +31,10 @@ class QUdpSocket;
 //     for (const ProbeResult &r : engine.results()) if (r.done) ...
 //
 // Everything runs on the thread that owns the engine; nothing blocks. One
-// non-blocking ICMP socket carries every echo (an EchoBatch), one UDP socket every
-// game query; host names are resolved concurrently. Sends are paced by `rate` and
+// non-blocking ICMP socket carries every echo (an EchoBatch), one UDP socket per
+// kind of game query (five in all) every game query; answers count only from the
+// address and port queried, on the socket of the query being asked; host names
+// are resolved concurrently. Sends are paced by `rate` and
 // at most `inFlight` servers are probed at a time.
 
 struct ProbeSettings {
@@ -110,7 +113,8 @@ public:
     // the first game query instead (said once per run).
     QString rttNotice() const { return rttNotice_; }
 
-    // Datagrams dropped because no server being queried sent them (tests, benchmark).
+    // Datagrams dropped: from no server being queried, or answering a query of that
+    // server that is no longer asked (a duplicate or a late answer).
     int foreignDatagrams() const { return foreign_; }
 
 signals:
@@ -128,7 +132,7 @@ private:
     void echoAnswered(int token, int result, const EchoReply &reply);
     void judgePing(int index);
     void beginQuery(int index, int mode);
-    void readDatagrams();
+    void readDatagrams(int socket);
     void queryAnswered(int index, const QString &answer);
     void queryTimedOut(int index);
     void accept(int index);
@@ -144,7 +148,12 @@ private:
     ProbeSettings settings_;
     EchoBatch *echo_ = nullptr;
     std::unique_ptr<EchoBatch> ownEcho_;
-    QUdpSocket *udp_ = nullptr;
+    // One UDP socket per query kind ("info 31" .. "info 34", "status"): the socket an
+    // answer arrives on says which query it answers, so a duplicate or late answer to
+    // an earlier query of the same server is never taken for the answer to a later one.
+    static constexpr int QuerySockets = 5;
+    static int socketOf(int mode);
+    std::array<QUdpSocket *, QuerySockets> udp_{};
     QList<ProbeResult> results_;
     std::vector<Server> servers_;
     int next_ = 0;        // next entry to begin

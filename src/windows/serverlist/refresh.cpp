@@ -32,6 +32,7 @@ void frmPulsebox::setRunControls(bool running)
     for (QWidget *w : std::initializer_list<QWidget *>{Command2, Command8, Command7, cmAddFav, txTTL, Text4})
         w->setEnabled(!running);
     mnuPing->menuAction()->setEnabled(!running);
+    mnuFastRefresh->setEnabled(!running);
     if (running) {
         Command6->setEnabled(false);
         lbHops->hide();
@@ -118,17 +119,21 @@ void frmPulsebox::Command2_Click()
     Shape2->resize(0, Shape2->height());
     Shape2->show();
 
-    for (int i = 0; i < lbFav->ListCount() && mod.CancelRequested == 0; ++i) {
-        probeServer(lbFav->List(i), true);
-        yieldOnce();
-    }
-    if (answer == ContinueAnswer::NotAsked) {
-        const int entries = lbHost->ListCount();
-        for (int i = 0; i < entries && mod.CancelRequested == 0;) {
-            probeServer(lbHost->List(i), false);
+    if (mnuFastRefresh->isChecked()) {
+        probeFast(answer == ContinueAnswer::NotAsked);
+    } else {
+        for (int i = 0; i < lbFav->ListCount() && mod.CancelRequested == 0; ++i) {
+            probeServer(lbFav->List(i), true);
             yieldOnce();
-            ++i;
-            Shape2->resize(static_cast<int>(qint64(Shape1->width()) * i / entries), Shape2->height());
+        }
+        if (answer == ContinueAnswer::NotAsked) {
+            const int entries = lbHost->ListCount();
+            for (int i = 0; i < entries && mod.CancelRequested == 0;) {
+                probeServer(lbHost->List(i), false);
+                yieldOnce();
+                ++i;
+                Shape2->resize(static_cast<int>(qint64(Shape1->width()) * i / entries), Shape2->height());
+            }
         }
     }
 

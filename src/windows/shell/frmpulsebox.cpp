@@ -209,6 +209,8 @@ void frmPulsebox::buildMenus()
         mnuqp[static_cast<size_t>(i)]->setProperty("Index", i);
     }
     mnuqp[0]->setChecked(true);
+    mnuFastRefresh = item(mnuOptions, "mnuFastRefresh", u"Fast Refresh"_s);
+    mnuFastRefresh->setCheckable(true);
     sep2 = separator(mnuOptions, "sep2");
     mnuSettings = item(mnuOptions, "mnuSettings", u"Settings"_s);
 

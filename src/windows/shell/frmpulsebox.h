@@ -50,6 +50,7 @@ public:
     QAction *mnuFavorites, *sep5, *mnuupdmaster, *sep1, *sep2, *mnuSettings;
     std::array<QAction *, 2> mnuqp;
     QAction *mnuIconize, *mnuContents, *mnuabout;
+    QAction *mnuFastRefresh = nullptr;  // Options, "Fast Refresh": the refresh probes all servers at once
 
     // The whole status line.
     void setStatus(const QString &text);
@@ -94,6 +95,8 @@ public:
     // One server entry of a refresh.
     QString lookUp(const QString &name);
     void probeServer(const QString &entry, bool favorite);
+    // The probing passes of a refresh run by the probe engine (Fast Refresh).
+    void probeFast(bool withWebList);
 
     // Favorites and configuration at start-up.
     void loadFavorites();

@@ -23,6 +23,7 @@ EchoService &echo()
     return g_echo ? *g_echo : real;
 }
 void setEcho(EchoService *service) { g_echo = service; }
+bool echoReplaced() { return g_echo != nullptr; }
 
 Prompter &prompts()
 {

@@ -37,6 +37,7 @@ inline const QString AppTitle = QStringLiteral("Pulsebox");
 namespace Seams {
 EchoService &echo();
 void setEcho(EchoService *service);  // nullptr restores the real one
+bool echoReplaced();                 // a test or benchmark put its own echo service in
 Prompter &prompts();
 void setPrompts(Prompter *prompter);
 ProgramStarter &starter();

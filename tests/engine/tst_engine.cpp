@@ -1,0 +1,242 @@
+// The probe engine against servers that misbehave on the wire: datagrams from
+// strangers, from another port, twice, late, or carrying another server's answer
+// never end up in a wrong server's result.
+#include "engine/echobatch.h"
+#include "engine/probeengine.h"
+#include "probes/address.h"
+#include "probes/icmppacket.h"
+
+#include <QNetworkDatagram>
+#include <QTimer>
+#include <QUdpSocket>
+#include <QtTest>
+
+#include <functional>
+#include <memory>
+
+namespace {
+const QByteArray kHeader(4, '\xff');
+QByteArray infoAnswer(const QByteArray &name) { return kHeader + "info\n" + name.rightJustified(16) + "    q2dm1  1/ 8\n"; }
+QByteArray wrongVersion(const QByteArray &name) { return kHeader + "info\n" + name + ": wrong version\n"; }
+
+// Every echo answered at once in 5 ms.
+struct QuickEcho : EchoService {
+    int sendEcho(qint32 destination, const QByteArray &, int, int, EchoReply &reply) override
+    {
+        reply = EchoReply{};
+        reply.Address = destination;
+        reply.RoundTripTime = 5;
+        return 1;
+    }
+};
+
+// A UDP socket on a loopback address that hands each datagram to `onDatagram`.
+struct Peer {
+    Peer(const char *address, quint16 port = 0)
+    {
+        socket.bind(QHostAddress(QString::fromLatin1(address)), port);
+        QObject::connect(&socket, &QUdpSocket::readyRead, [this] {
+            while (socket.hasPendingDatagrams()) {
+                const QNetworkDatagram d = socket.receiveDatagram();
+                ++received;
+                if (onDatagram)
+                    onDatagram(d);
+            }
+        });
+    }
+    void sendTo(const QByteArray &data, const QNetworkDatagram &query)
+    {
+        socket.writeDatagram(data, query.senderAddress(), quint16(query.senderPort()));
+    }
+    QUdpSocket socket;
+    int received = 0;
+    std::function<void(const QNetworkDatagram &)> onDatagram;
+};
+
+int askedProtocol(const QNetworkDatagram &d)
+{
+    const QByteArray text = d.data();
+    const qsizetype at = text.indexOf("info ");
+    return at < 0 ? 0 : text.mid(at + 5).trimmed().toInt();
+}
+}
+
+class TestEngine : public QObject {
+    Q_OBJECT
+private slots:
+    void hostileDatagramsNeverMakeAWrongResult()
+    {
+        QuickEcho echo;
+        ServiceEchoBatch batch(echo);
+
+        // A: silent itself; every query it gets is answered from another port of its
+        // address and from a stranger's address.
+        Peer a("127.0.45.1", 27910), aOtherPort("127.0.45.1"), stranger("127.0.45.9");
+        a.onDatagram = [&](const QNetworkDatagram &q) {
+            aOtherPort.sendTo(infoAnswer("Impostor"), q);
+            stranger.sendTo(infoAnswer("Impostor"), q);
+        };
+        // B speaks 32, takes 100 ms for the lower numbers and says everything twice,
+        // 40 ms apart: each copy lands while the next query is being asked.
+        Peer b("127.0.45.2", 27910);
+        b.onDatagram = [&](const QNetworkDatagram &q) {
+            const int asked = askedProtocol(q);
+            const QByteArray answer = asked == 32 ? infoAnswer("Bee") : wrongVersion("Bee");
+            const int delay = asked == 34 ? 0 : 100;
+            for (const int at : {delay, delay + 40})
+                QTimer::singleShot(at, &b.socket, [&b, q, answer] { b.sendTo(answer, q); });
+        };
+        // C answers at once; D after 150 ms. Once C is done, C's address sends D's
+        // answer while D is still being asked.
+        Peer c("127.0.45.3", 27910), d("127.0.45.4", 27910);
+        c.onDatagram = [&](const QNetworkDatagram &q) { c.sendTo(infoAnswer("Sea"), q); };
+        d.onDatagram = [&](const QNetworkDatagram &q) {
+            c.sendTo(infoAnswer("Dee"), q);
+            QTimer::singleShot(150, &d.socket, [&d, q] { d.sendTo(infoAnswer("Dee"), q); });
+        };
+
+        ProbeEngine engine;
+        engine.setEchoBatch(&batch);
+        ProbeSettings settings;
+        settings.queryTimeoutMs = 600;
+        settings.tries = 2;  // a re-send of every query a silent server gets
+        engine.setSettings(settings);
+        bool finished = false;
+        connect(&engine, &ProbeEngine::finished, this, [&] { finished = true; });
+        engine.start({{QStringLiteral("127.0.45.1"), false},
+                      {QStringLiteral("127.0.45.2:27910"), false},
+                      {QStringLiteral("127.0.45.3"), true},
+                      {QStringLiteral("127.0.45.4"), false}});
+        QTRY_VERIFY_WITH_TIMEOUT(finished, 10000);
+        const QList<ProbeResult> r = engine.results();
+        QCOMPARE(r.size(), 4);
+        for (const ProbeResult &one : r)
+            QVERIFY(one.done && one.accepted);
+
+        QCOMPARE(r[0].answered, false);
+        QVERIFY2(r[0].row.contains(QStringLiteral(" - No ")), qPrintable(r[0].row));
+        QVERIFY2(r[1].row.contains(QStringLiteral("Bee")) && r[1].version == QStringLiteral("3.15"), qPrintable(r[1].row));
+        QVERIFY2(r[2].row.contains(QStringLiteral("Sea")) && r[2].version == QStringLiteral("3.19"), qPrintable(r[2].row));
+        QVERIFY2(r[2].row.contains(QStringLiteral(" -*127.0.45.3")), qPrintable(r[2].row));
+        QVERIFY2(r[3].row.contains(QStringLiteral("Dee")), qPrintable(r[3].row));
+        for (const ProbeResult &one : r)
+            QVERIFY2(!one.row.contains(QStringLiteral("Impostor")), qPrintable(one.row));
+        // Two strangers per query A got, B's three second copies, C's answer for D.
+        QVERIFY2(engine.foreignDatagrams() >= 2 * a.received + 3, qPrintable(QString::number(engine.foreignDatagrams())));
+
+        // Answers after the end change nothing.
+        const QList<ProbeResult> before = engine.results();
+        c.onDatagram = {};
+        QTest::qWait(250);  // D's delayed copies arrive
+        QCOMPARE(engine.results().size(), before.size());
+        for (int i = 0; i < before.size(); ++i)
+            QCOMPARE(engine.results()[i].row, before[i].row);
+    }
+
+    void cancelStopsAtOnceAndKeepsFinishedResults()
+    {
+        QuickEcho echo;
+        ServiceEchoBatch batch(echo);
+        Peer quick("127.0.45.21", 27910), silent("127.0.45.22", 27910);
+        quick.onDatagram = [&](const QNetworkDatagram &q) { quick.sendTo(infoAnswer("Quick"), q); };
+
+        ProbeEngine engine;
+        engine.setEchoBatch(&batch);
+        ProbeSettings settings;
+        settings.queryTimeoutMs = 5000;
+        engine.setSettings(settings);
+        bool cancelled = false;
+        connect(&engine, &ProbeEngine::finished, this, [&](bool c) { cancelled = c; });
+        engine.start({{QStringLiteral("127.0.45.21"), false}, {QStringLiteral("127.0.45.22"), false}});
+        QTRY_VERIFY_WITH_TIMEOUT(engine.completed() == 1, 3000);
+        engine.cancel();
+        QVERIFY(cancelled && !engine.isRunning());
+        QVERIFY(engine.results()[0].done && engine.results()[0].row.contains(QStringLiteral("Quick")));
+        QVERIFY(!engine.results()[1].done);
+        // The silent server's time-out never fires into a finished run.
+        QTest::qWait(100);
+        QVERIFY(!engine.isRunning());
+    }
+
+    void withoutIcmpTheFirstQueryGivesTheRoundTrip()
+    {
+        struct NoIcmp : EchoBatch {
+            QString unavailableReason() override { return QStringLiteral("ICMP is not allowed here"); }
+            void send(int, qint32, const QByteArray &, int, int) override { ++sent; }
+            void clear() override {}
+            int sent = 0;
+        } batch;
+        Peer up("127.0.45.31", 27910), quiet("127.0.45.32", 27910);
+        up.onDatagram = [&](const QNetworkDatagram &q) { up.sendTo(infoAnswer("Up"), q); };
+
+        ProbeEngine engine;
+        engine.setEchoBatch(&batch);
+        ProbeSettings settings;
+        settings.queryTimeoutMs = 300;
+        engine.setSettings(settings);
+        QStringList notices;
+        bool finished = false;
+        connect(&engine, &ProbeEngine::notice, this, [&](const QString &text) { notices << text; });
+        connect(&engine, &ProbeEngine::finished, this, [&] { finished = true; });
+        engine.start({{QStringLiteral("127.0.45.31"), false}, {QStringLiteral("127.0.45.32"), false}});
+        QTRY_VERIFY_WITH_TIMEOUT(finished, 5000);
+        QCOMPARE(notices.size(), 1);
+        QVERIFY(notices[0].startsWith(QStringLiteral("ICMP is not allowed here")) && notices[0] == engine.rttNotice());
+        QCOMPARE(batch.sent, 0);
+        const ProbeResult &a = engine.results()[0], &b = engine.results()[1];
+        QVERIFY(a.accepted && a.rttSource == RttSource::GameQuery && a.row.contains(QStringLiteral("Up")));
+        QVERIFY(!b.accepted);
+        QCOMPARE(b.log, QStringList{QStringLiteral("Reply from 127.0.45.32: Failed code = 11010")});
+    }
+
+    void manyEchoesAtOnceEachAnsweredOnceByItsToken()
+    {
+        IcmpEchoBatch batch;
+        if (!batch.unavailableReason().isEmpty())
+            QSKIP("ICMP echo is not allowed here (needs a ping socket group or cap_net_raw)");
+        QHash<int, int> answers;
+        QHash<int, EchoReply> replies;
+        connect(&batch, &EchoBatch::answered, this, [&](int token, int result, const EchoReply &reply) {
+            answers[token] += result;
+            replies[token] = reply;
+        });
+        constexpr int kEchoes = 300;
+        for (int i = 0; i < kEchoes; ++i)
+            batch.send(i, DottedToAddress(QStringLiteral("127.0.46.%1").arg(1 + i % 250)), QByteArrayLiteral("echo me"), 64, 2000);
+        batch.send(kEchoes, 0, QByteArrayLiteral("echo me"), 64, 2000);  // no address: refused at once
+        QTRY_COMPARE_WITH_TIMEOUT(answers.size(), kEchoes + 1, 10000);
+        for (int i = 0; i < kEchoes; ++i) {
+            QCOMPARE(answers[i], 1);
+            QCOMPARE(replies[i].Status, quint32(0));
+            QCOMPARE(replies[i].Address, DottedToAddress(QStringLiteral("127.0.46.%1").arg(1 + i % 250)));
+        }
+        QCOMPARE(answers[kEchoes], 0);
+        QCOMPARE(replies[kEchoes].Status, quint32(EchoStatus::BadDestination));
+
+        // Forgotten requests are never answered, not even the ones refused at once.
+        answers.clear();
+        batch.send(1, DottedToAddress(QStringLiteral("127.0.46.1")), QByteArrayLiteral("echo me"), 64, 300);
+        batch.send(2, 0, QByteArrayLiteral("echo me"), 64, 300);
+        batch.clear();
+        QTest::qWait(500);
+        QVERIFY(answers.isEmpty());
+    }
+
+    void settingsOutOfBoundsAreRefusedOrClamped()
+    {
+        ProbeSettings s;
+        QVERIFY(s.check().isEmpty());
+        for (const auto &bad : std::initializer_list<std::function<void(ProbeSettings &)>>{
+                 [](ProbeSettings &x) { x.rate = 0; }, [](ProbeSettings &x) { x.rate = 1 << 30; },
+                 [](ProbeSettings &x) { x.queryTimeoutMs = 0; }, [](ProbeSettings &x) { x.tries = -5; },
+                 [](ProbeSettings &x) { x.inFlight = 0; }, [](ProbeSettings &x) { x.pingLimit = std::nan(""); }}) {
+            ProbeSettings x;
+            bad(x);
+            QVERIFY(!x.check().isEmpty());
+            QVERIFY(x.clamped().check().isEmpty());
+        }
+    }
+};
+
+QTEST_GUILESS_MAIN(TestEngine)
+#include "tst_engine.moc"

@@ -1,0 +1,257 @@
+// Fast Refresh against the serial refresh: the same servers must give the same
+// table, rows and log; a modern server silent below protocol 34 is heard; Cancel
+// ends a fast refresh at once; typed numbers with decimals.
+#include "support/testsupport.h"
+
+#include "demonet/demonetwork.h"
+#include "probes/address.h"
+#include "shell/frmpulsebox.h"
+#include "shell/pulseboxmod.h"
+#include "shell/ticker.h"
+#include "shell/vblist.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
+#include <QUdpSocket>
+#include <QtTest>
+
+namespace {
+ScriptedEcho::Outcome ms(quint32 rtt) { return {1, 0, rtt}; }
+
+// A UDP port on 127.0.0.1 that nothing uses now.
+quint16 freeUdpPort()
+{
+    QUdpSocket probe;
+    probe.bind(QHostAddress::LocalHost, 0);
+    return probe.localPort();
+}
+
+// What one refresh left behind.
+struct Outcome {
+    QStringList rows, log;
+    std::vector<ServerRec> servers;
+    QString address, count, status;
+    int logSelection = -1;
+    bool operator==(const Outcome &) const = default;
+};
+
+struct Window {
+    explicit Window(double timeScale, const Demo::Config &config) : env(timeScale)
+    {
+        QString error;
+        started = network.start(config, &error, true);
+        window->Text1->setEditText(network.listUrl());
+    }
+    Outcome refresh(QPushButton *button, bool fast)
+    {
+        if (window->mnuFastRefresh->isChecked() != fast)
+            window->mnuFastRefresh->trigger();
+        QTest::mouseClick(button, Qt::LeftButton);
+        return {window->List1->Texts(), window->lbReturn->Texts(), Mod().Servers, window->txIPAddress->text(),
+                window->Label14->text(), window->Statusbar->text(), window->lbReturn->ListIndex()};
+    }
+    TestEnvironment env;
+    Demo::Network network;
+    bool started = false;
+    std::unique_ptr<frmPulsebox> window = newMainWindow();
+};
+
+// The demo's own population moved to 127.0.41.x (and a free port for the server
+// found by host name), so that a demo running beside the tests does not collide.
+Demo::Config demoPopulation(quint16 namedPort)
+{
+    Demo::Config c = Demo::Config::builtIn();
+    c.httpPort = 0;
+    for (Demo::Server &s : c.servers) {
+        if (s.address == QHostAddress::LocalHost)
+            s.port = namedPort;
+        else
+            s.address = QHostAddress(s.address.toString().replace(QStringLiteral("127.0.0."), QStringLiteral("127.0.41.")));
+    }
+    for (QString &line : c.listLines) {
+        line.replace(QStringLiteral("127.0.0."), QStringLiteral("127.0.41."));
+        line.replace(QStringLiteral("localhost:27920"), QStringLiteral("localhost:%1").arg(namedPort));
+    }
+    return c;
+}
+}
+
+class TestFastRefresh : public QObject {
+    Q_OBJECT
+private slots:
+    void fastAndSerialGiveTheSameTableRowsAndLog()
+    {
+        // Real ticks: the serial query listens 2 s after its send, so it hears the slow
+        // server (1.3 s) with room to spare on a loaded machine; the engine listens 2 s
+        // from each query's first send, so it hears whatever the serial query hears.
+        const quint16 namedPort = freeUdpPort();
+        Window w(1.0, demoPopulation(namedPort));
+        QVERIFY(w.started);
+        w.window->appendFavorite(QStringLiteral("127.0.41.12"), QStringLiteral("hideout"));
+        w.window->appendFavorite(QStringLiteral("127.0.41.2:27910"), QStringLiteral("also on the list"));
+        w.window->appendFavorite(QStringLiteral("LocalHost:%1").arg(namedPort), QStringLiteral("by name"));
+        w.window->appendFavorite(QStringLiteral("nosuchhost.invalid"), QStringLiteral("never resolves"));
+        w.window->appendFavorite(QStringLiteral("127.0.41.9"), QStringLiteral("over the limit, logged last"));
+        w.env.echo.script = {{QStringLiteral("127.0.41.3"), {ms(45)}}, {QStringLiteral("127.0.41.9"), {ms(231)}},
+                             {QStringLiteral("127.0.41.5"), {{0, 11010, 0}}}};
+
+        const Outcome serial = w.refresh(w.window->Command2, false);
+        QCOMPARE(serial.status, QStringLiteral("Done..."));
+        QVERIFY(serial.rows.size() >= 9);
+        QVERIFY(serial.log.contains(QStringLiteral("Reply from 127.0.41.9: time =231ms. TTL=90")));
+        QVERIFY(!w.env.echo.sent.isEmpty());
+        QElapsedTimer clock;
+        clock.start();
+        const Outcome fast = w.refresh(w.window->Command2, true);
+        const qint64 fastMs = clock.elapsed();
+        // The one server told apart on purpose: the modern one, silent below protocol 34,
+        // is heard by the engine's version probe only. Everything else is equal.
+        Outcome fastRest = fast, serialRest = serial;
+        for (Outcome *o : {&fastRest, &serialRest}) {
+            const auto row = std::find_if(o->rows.begin(), o->rows.end(),
+                                          [](const QString &r) { return r.contains(QStringLiteral("127.0.41.11:")); });
+            QVERIFY(row != o->rows.end());
+            QVERIFY2(row->contains(o == &fastRest ? QStringLiteral("Modern Times") : QStringLiteral(" - No ")), qPrintable(*row));
+            o->rows.erase(row);
+            const auto rec = std::find_if(o->servers.begin(), o->servers.end(),
+                                          [](const ServerRec &r) { return r.Address == DottedToAddress(QStringLiteral("127.0.41.11")); });
+            QVERIFY(rec != o->servers.end());
+            o->servers.erase(rec);
+        }
+        QCOMPARE(fastRest.rows, serialRest.rows);
+        QCOMPARE(fast.log, serial.log);
+        QVERIFY(fastRest.servers == serialRest.servers);
+        QCOMPARE(fast.address, serial.address);
+        QCOMPARE(fast.count, serial.count);
+        QCOMPARE(fast.status, serial.status);
+        QCOMPARE(fast.logSelection, serial.logSelection);
+        for (const QString &needle : {QStringLiteral("Slowpoke"), QStringLiteral("Old Timers"), QStringLiteral("Edge of Reason"),
+                                      QStringLiteral("Pulse Arena"), QStringLiteral("Named by Host")})
+            QVERIFY2(fast.rows.join(u'\n').contains(needle), qPrintable(needle));
+        QVERIFY2(fast.rows.join(u'\n').contains(QStringLiteral("3.20 - data     - retur")), "the refuser");
+        QVERIFY(fast.log.contains(QStringLiteral("Reply from 127.0.41.5: Failed code = 11010")));
+        QVERIFY2(fast.rows.join(u'\n').contains(QStringLiteral("Malformed")), "the server without line feed");
+        // Items of the serial probe's cost that the engine does not pay one after another.
+        QVERIFY2(fastMs < 8000, qPrintable(QString::number(fastMs)));
+
+        // Fav Refresh with Regular Ping, both ways.
+        w.window->mnuqp[1]->trigger();
+        w.env.echo.script = {{QStringLiteral("127.0.41.12"), {ms(40), ms(41), ms(43)}},
+                             {QStringLiteral("127.0.41.2"), {ms(40), {0, 11010, 0}, ms(40)}},
+                             {QStringLiteral("127.0.41.9"), {ms(231), ms(240), ms(250)}}};
+        const Outcome serialFavs = w.refresh(w.window->Command8, false);
+        w.env.echo.script = {{QStringLiteral("127.0.41.12"), {ms(40), ms(41), ms(43)}},
+                             {QStringLiteral("127.0.41.2"), {ms(40), {0, 11010, 0}, ms(40)}},
+                             {QStringLiteral("127.0.41.9"), {ms(231), ms(240), ms(250)}}};
+        const Outcome fastFavs = w.refresh(w.window->Command8, true);
+        QCOMPARE(fastFavs.rows, serialFavs.rows);
+        QCOMPARE(fastFavs.log, serialFavs.log);
+        QVERIFY(fastFavs.servers == serialFavs.servers);
+        QCOMPARE(fastFavs.logSelection, serialFavs.logSelection);
+        QVERIFY(serialFavs.logSelection < serialFavs.log.size() - 1);
+        QCOMPARE(fastFavs.count, QStringLiteral("0"));
+
+        // Every other command reads a fast-refreshed list as any other.
+        w.window->List1->setCurrentRow(0);
+        QVERIFY(w.window->Command6->isEnabled());
+        QVERIFY(w.window->cmAddFav->isEnabled() && w.window->Command7->isEnabled());
+        QVERIFY(w.window->mnuFastRefresh->isEnabled());
+    }
+
+    void modernServerSilentBelow34IsListedByName()
+    {
+        Demo::Config c;
+        c.httpPort = 0;
+        Demo::Server modern;
+        modern.address = QHostAddress(QStringLiteral("127.0.42.1"));
+        modern.protocol = QStringLiteral("q2pro");
+        modern.hostName = QStringLiteral("Modern Times");
+        modern.map = QStringLiteral("q2dm1");
+        c.servers = {modern};
+        c.listLines = {QStringLiteral("127.0.42.1")};
+        Window w(0.05, c);
+        QVERIFY(w.started);
+        const Outcome fast = w.refresh(w.window->Command2, true);
+        QCOMPARE(fast.rows.size(), 1);
+        QVERIFY2(fast.rows[0].contains(QStringLiteral("Modern Times")) && fast.rows[0].contains(QStringLiteral("3.19")),
+                 qPrintable(fast.rows[0]));
+        const Outcome serial = w.refresh(w.window->Command2, false);  // as specified: it hears nothing
+        QVERIFY2(serial.rows[0].contains(QStringLiteral(" - No ")), qPrintable(serial.rows[0]));
+    }
+
+    void cancelEndsAFastRefreshAtOnce()
+    {
+        Demo::Config c;
+        c.httpPort = 0;
+        for (int i = 1; i <= 40; ++i) {
+            Demo::Server s;
+            s.address = QHostAddress(QStringLiteral("127.0.43.%1").arg(i));
+            s.protocol = i <= 5 ? QStringLiteral("34") : QStringLiteral("silent");
+            s.hostName = QStringLiteral("S%1").arg(i);
+            s.map = QStringLiteral("q2dm1");
+            c.servers << s;
+            c.listLines << s.address.toString();
+        }
+        Window w(1.0, c);  // real ticks: the silent servers would hold the refresh for 2 s
+        QVERIFY(w.started);
+        w.window->mnuFastRefresh->trigger();
+        qint64 cancelledAt = -1;
+        QElapsedTimer clock;
+        QTimer::singleShot(300, [&] {
+            QVERIFY(w.window->Command1->isEnabled());
+            QVERIFY(!w.window->mnuFastRefresh->isEnabled());
+            QVERIFY(w.window->Shape2->isVisible());
+            QVERIFY(w.window->Shape2->width() > 0);  // the five answering servers are done
+            cancelledAt = clock.elapsed();
+            QTest::mouseClick(w.window->Command1, Qt::LeftButton);
+        });
+        clock.start();
+        QTest::mouseClick(w.window->Command2, Qt::LeftButton);
+        const qint64 endedAt = clock.elapsed();
+        QVERIFY(cancelledAt >= 0);
+        QVERIFY2(endedAt - cancelledAt < 1000, qPrintable(QString::number(endedAt - cancelledAt)));
+        // The five answering servers come first and finished; the silent ones did not.
+        QCOMPARE(w.window->List1->ListCount(), 5);
+        QCOMPARE(w.window->lbReturn->ListCount(), 5);
+        QCOMPARE(w.window->Statusbar->text(), QStringLiteral("Done..."));
+        QVERIFY(!w.window->Command1->isEnabled() && w.window->Command2->isEnabled());
+        QVERIFY(w.window->Shape2->isHidden());
+        QCOMPARE(Mod().CancelRequested, qint16(0));
+    }
+
+    void numbersTypedWithDecimals()
+    {
+        Demo::Config c;
+        c.httpPort = 0;
+        Demo::Server s;
+        s.address = QHostAddress(QStringLiteral("127.0.44.1"));
+        s.port = 27911;
+        s.hostName = QStringLiteral("Rounded Port");
+        s.map = QStringLiteral("q2dm1");
+        c.servers = {s};
+        Window w(0.05, c);
+        QVERIFY(w.started);
+        w.window->appendFavorite(QStringLiteral("127.0.44.1:27910.7"), QStringLiteral("port with a fraction"));
+        w.window->appendFavorite(QStringLiteral("127.0.44.2"), QStringLiteral("just above the limit"));
+        w.window->Text4->setText(QStringLiteral("230.5"));
+        w.window->mnuqp[1]->trigger();
+        for (const bool fast : {false, true}) {
+            // Means 230.33 (within 230.5; above 230 as it used to read) and 230.67.
+            w.env.echo.script = {{QStringLiteral("127.0.44.1"), {ms(230), ms(230), ms(231)}},
+                                 {QStringLiteral("127.0.44.2"), {ms(230), ms(231), ms(231)}}};
+            const Outcome o = w.refresh(w.window->Command8, fast);
+            QCOMPARE(o.rows.size(), 1);
+            QVERIFY2(o.rows[0].startsWith(QStringLiteral("230 -*127.0.44.1:27910.7     - Rounded Port")), qPrintable(o.rows[0]));
+            QCOMPARE(o.servers[1].Port, 27911);
+            QCOMPARE(o.servers[1].PingMs, 230);
+            QCOMPARE(o.log[1], QStringLiteral("Reply from 127.0.44.2: time =230ms. TTL=90"));
+        }
+    }
+};
+
+QTEST_MAIN(TestFastRefresh)
+#include "tst_fastrefresh.moc"

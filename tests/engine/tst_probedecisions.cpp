@@ -1,0 +1,141 @@
+// The probe's decisions as both refresh paths use them.
+#include "probes/gamequery.h"
+#include "serverlist/probedecisions.h"
+
+#include <QtTest>
+
+#include <functional>
+
+namespace {
+using Answers = std::function<QString(int protocol)>;  // what a server says to "info N"; "" = silence
+
+const QString kHeader(4, QChar(0xFF));
+QString wrong() { return kHeader + QStringLiteral("info\nHost: wrong version\n"); }
+QString info(const char *name) { return kHeader + QStringLiteral("info\n%1    q2dm1  2/ 8\n").arg(QLatin1String(name)); }
+
+struct Verdict {
+    QString version, infoLine;
+    int queries = 0;
+};
+
+Verdict serial(const Answers &server)
+{
+    Verdict v;
+    int mode = 1, next = 1;
+    QString answer;
+    while (next != 0) {
+        mode = next;
+        answer = mode <= 4 ? server(30 + mode) : QString();  // the fifth round sends nothing
+        v.queries += mode <= 4;
+        next = GameQuery::nextMode(mode, answer);
+    }
+    return {GameQuery::versionText(mode), GameQuery::infoLine(answer), v.queries};
+}
+
+Verdict fast(const Answers &server)
+{
+    GameQuery::FastVersionProbe probe;
+    int queries = 0;
+    while (!probe.done() && queries < 10) {
+        probe.answer(server(30 + probe.mode()));
+        ++queries;
+    }
+    return {probe.version(), probe.infoLine(), queries};
+}
+}
+
+class TestProbeDecisions : public QObject {
+    Q_OBJECT
+private slots:
+    void versionProbeEqualsTheSerialOneForClassicServers()
+    {
+        for (int protocol = 31; protocol <= 34; ++protocol) {
+            const Answers classic = [protocol](int asked) { return asked == protocol ? info("Classic") : wrong(); };
+            const Verdict s = serial(classic), f = fast(classic);
+            QCOMPARE(f.version, s.version);
+            QCOMPARE(f.infoLine, s.infoLine);
+            QCOMPARE(f.queries, protocol == 34 ? 1 : protocol - 30 + 1);  // 34 first, then 31 upwards
+        }
+        const Answers refuser = [](int) { return wrong(); };
+        QCOMPARE(fast(refuser).version, QStringLiteral("3.20"));
+        QCOMPARE(fast(refuser).infoLine, QStringLiteral("No data returned"));
+        QCOMPARE(serial(refuser).version, QStringLiteral("3.20"));
+        const Answers silent = [](int) { return QString(); };
+        QCOMPARE(fast(silent).version, serial(silent).version);
+        QCOMPARE(fast(silent).infoLine, QStringLiteral("No data returned"));
+        QCOMPARE(fast(silent).queries, 1);
+        const Answers noLineFeed = [](int) { return kHeader + QStringLiteral("info Broken"); };
+        QCOMPARE(fast(noLineFeed).version, QStringLiteral("3.14"));  // as the serial probe hears it at 31
+        QCOMPARE(fast(noLineFeed).infoLine, QStringLiteral("Malformed data returned"));
+        // Refuses 31 to 33, answers 34 without a line feed: 3.19 and malformed, both ways.
+        const Answers oddAt34 = [](int asked) { return asked == 34 ? kHeader + QStringLiteral("x") : wrong(); };
+        QCOMPARE(fast(oddAt34).version, serial(oddAt34).version);
+        QCOMPARE(fast(oddAt34).infoLine, serial(oddAt34).infoLine);
+        // Refuses 34, silent at 32: the serial probe ends at 32 too.
+        const Answers gap = [](int asked) { return asked == 32 ? QString() : wrong(); };
+        QCOMPARE(fast(gap).version, QStringLiteral("3.15"));
+        QCOMPARE(fast(gap).version, serial(gap).version);
+    }
+
+    void modernServerIsHeardOnlyByTheFastProbe()
+    {
+        const Answers modern = [](int asked) { return asked >= 34 ? info("Modern") : QString(); };
+        QCOMPARE(fast(modern).version, QStringLiteral("3.19"));
+        QCOMPARE(fast(modern).infoLine, QStringLiteral("Modern    q2dm1  2/ 8"));
+        QCOMPARE(serial(modern).infoLine, QStringLiteral("No data returned"));
+    }
+
+    void typedNumbers()
+    {
+        QCOMPARE(Probe::NumberValue(QStringLiteral("230.5")), 230.5);
+        QCOMPARE(Probe::NumberValue(QStringLiteral("  -12.25ms")), -12.25);
+        QCOMPARE(Probe::NumberValue(QStringLiteral(".5")), 0.5);
+        QCOMPARE(Probe::NumberValue(QStringLiteral("7.")), 7.0);
+        QCOMPARE(Probe::NumberValue(QStringLiteral("abc")), 0.0);
+        QCOMPARE(Probe::NumberValue(QStringLiteral(".")), 0.0);
+        QCOMPARE(Probe::NumberValue(QString(5000, u'9')), 0.0);  // beyond a double: no number
+        QCOMPARE(Probe::PortNumber(QStringLiteral("27910.7")), 27911);
+        QCOMPARE(Probe::PortNumber(QStringLiteral("27910.5")), 27910);  // halves to even
+        QCOMPARE(Probe::PortNumber(QStringLiteral("27911.5")), 27912);
+        QCOMPARE(Probe::PortNumber(QStringLiteral("99999999999")), qint32(2147483647));
+        QCOMPARE(Probe::QueryPort(QStringLiteral("65535.4")), quint16(65535));
+        QCOMPARE(Probe::QueryPort(QStringLiteral("65535.5")), quint16(0));
+        QCOMPARE(Probe::QueryPort(QString()), quint16(0));
+        QVERIFY(Probe::WithinLimit(230.5, QStringLiteral("230.5")));
+        QVERIFY(!Probe::WithinLimit(230.51, QStringLiteral("230.5")));
+        QVERIFY(!Probe::WithinLimit(1, QStringLiteral("none")));  // no number: every server too slow
+    }
+
+    void echoSeriesStopsAtTheFirstFailure()
+    {
+        Probe::EchoSeries s;
+        s.wanted = 3;
+        s.add(1, 0, 40);
+        QVERIFY(!s.done());
+        s.add(0, 11010, 0);
+        QVERIFY(s.done() && s.failed());
+        QCOMPARE(s.lastStatus, 11010u);
+        QCOMPARE(s.ping(), 40.0);  // what was measured stays, the series still fails
+
+        Probe::EchoSeries router;  // a router's answer counts as a reply with its status
+        router.add(1, 11013, 3);
+        QVERIFY(router.done() && router.failed());
+    }
+
+    void serverTableKeepsItsSpareRecord()
+    {
+        ServerTable t;
+        ServerRec rec;
+        rec.Port = 1;
+        QCOMPARE(t.appendServer(rec), 1);
+        QCOMPARE(t.appendServer(rec), 2);
+        QCOMPARE(t.Servers.size(), size_t(4));
+        QVERIFY(t.Servers[0] == ServerRec{} && t.Servers[3] == ServerRec{});
+        t.clearServers();
+        QCOMPARE(t.ServerCount, 0);
+        QCOMPARE(t.Servers.size(), size_t(1));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestProbeDecisions)
+#include "tst_probedecisions.moc"
