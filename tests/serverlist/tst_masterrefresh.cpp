@@ -5,6 +5,7 @@
 #include "shell/pulseboxmod.h"
 #include "shell/vblist.h"
 
+#include <QAction>
 #include <QComboBox>
 #include <QLabel>
 #include <QPushButton>
@@ -45,10 +46,21 @@ struct MasterRefresh {
 class TestMasterRefresh : public QObject {
     Q_OBJECT
 private slots:
+    void refreshFromTheDemoMaster_data()
+    {
+        QTest::addColumn<bool>("fast");
+        QTest::newRow("one at a time") << false;
+        QTest::newRow("Fast Refresh") << true;
+    }
+
     void refreshFromTheDemoMaster()
     {
+        QFETCH(bool, fast);
         MasterRefresh r;
         QVERIFY(r.started);
+        if (fast)
+            r.window->mnuFastRefresh->trigger();
+        QCOMPARE(r.window->mnuFastRefresh->isChecked(), fast);
         QVERIFY(r.network.masterUrl().startsWith(QStringLiteral("master://127.0.0.1:")));
         QTest::mouseClick(r.window->Command2, Qt::LeftButton);
 
