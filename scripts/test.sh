@@ -17,3 +17,5 @@ scripts/build.sh build-asan -DPULSEBOX_SANITIZE=ON -DCMAKE_BUILD_TYPE=Debug
 ctest --test-dir build-asan --output-on-failure
 echo "== Debian package: build, install, check, remove"
 scripts/package-check.sh build
+echo "== fuzz targets (clang; skipped where it cannot be had)"
+scripts/fuzz.sh 10

@@ -1,3 +1,4 @@
+#include "serverlist/linesplit.h"
 #include "serverlist/serverentry.h"
 #include "serverlist/urltext.h"
 #include "shell/wiretext.h"
@@ -8,6 +9,28 @@
 class TestTextRoutines : public QObject {
     Q_OBJECT
 private slots:
+    // Found by fuzzing: a line exactly as long as the maximum, its line end in the
+    // next delivery, came out as that line and an extra empty one.
+    void linesDoNotDependOnDeliveries()
+    {
+        const QByteArray stream("abcd\nefghij\n\nk");
+        const QList<QByteArray> expected{"abcd", "efgh", "ij", "", "k"};
+        QByteArray whole = stream;
+        QCOMPARE(TakeLines(whole, '\n', true, 4), expected);
+        for (qsizetype piece = 1; piece <= stream.size(); ++piece) {
+            QByteArray pending;
+            QList<QByteArray> lines;
+            for (qsizetype at = 0; at < stream.size(); at += piece) {
+                pending += stream.mid(at, piece);
+                lines += TakeLines(pending, '\n', false, 4);
+                QVERIFY(pending.size() <= 4 && !pending.contains('\n'));
+            }
+            lines += TakeLines(pending, '\n', true, 4);
+            QCOMPARE(lines, expected);
+            QVERIFY(pending.isEmpty());
+        }
+    }
+
     void urlHostAndPath()
     {
         const QString url = QStringLiteral("http://lists.example/quake2/gamespy.txt");

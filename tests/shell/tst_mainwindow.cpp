@@ -230,9 +230,10 @@ private slots:
         QCOMPARE(Mod().SplashTicks, 5);
         QCOMPARE(w.Timer2->interval(), 0);
         QCOMPARE(Mod().QueryMode, 1);
-        QCOMPARE(w.Text1->count(), 2);
+        QCOMPARE(w.Text1->count(), 5);
         QCOMPARE(w.Text1->itemText(0), w.Text1->currentText());
         QCOMPARE(w.Text1->itemText(1), QStringLiteral("http://127.0.0.1/"));
+        QCOMPARE(w.Text1->itemText(2), QStringLiteral("master://127.0.0.1:27900"));
     }
 
     void startUpWaitLastsAboutTwoSecondsWithoutAClick()

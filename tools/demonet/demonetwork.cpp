@@ -46,6 +46,7 @@ Config Config::builtIn()
         server("127.0.0.11", 27910, u"q2pro"_s, 0, u"Modern Times"_s, u"q2dm1"_s, 16,
                {{u"Newcomer"_s, 7, 18}}),
     };
+    c.masterPort = 27900;
     c.listLines = {u"127.0.0.2"_s, u"127.0.0.3:27910"_s, u"127.0.0.4:27911"_s, u"127.0.0.5"_s,
                    QString(), u"127.0.0.6:27910"_s, u"127.0.0.7"_s, u"127.0.0.8"_s,
                    u"127.0.0.9:27910"_s, u"localhost:27920"_s, u"127.0.0.10"_s, u"127.0.0.13"_s, u"127.0.0.11"_s};
@@ -69,6 +70,11 @@ std::optional<Config> Config::parse(const QString &text, QString *error)
         if (f[0] == u"http"_s && f.size() == 2) {
             bool ok;
             c.httpPort = f[1].toUShort(&ok);
+            if (!ok)
+                return bad(u"bad port"_s);
+        } else if (f[0] == u"master"_s && f.size() == 2) {
+            bool ok;
+            c.masterPort = f[1].toUShort(&ok);
             if (!ok)
                 return bad(u"bad port"_s);
         } else if (f[0] == u"list"_s && f.size() == 2) {
@@ -140,6 +146,61 @@ QByteArray answerFor(const Server &server, const QByteArray &query)
     return {};
 }
 
+QList<QByteArray> masterAnswer(const QList<Server> &servers, int perDatagram)
+{
+    QList<QByteArray> datagrams;
+    for (qsizetype first = 0; first < servers.size() || datagrams.isEmpty(); first += perDatagram) {
+        QByteArray d("\xff\xff\xff\xffservers ", 12);
+        for (const Server &s : servers.mid(first, perDatagram)) {
+            const quint32 a = s.address.toIPv4Address();
+            const char record[6] = {char(a >> 24), char(a >> 16), char(a >> 8), char(a), char(s.port >> 8), char(s.port)};
+            d.append(record, 6);
+        }
+        datagrams << d;
+    }
+    return datagrams;
+}
+
+MasterServer::MasterServer(const QList<Server> &servers, QObject *parent)
+    : QObject(parent), servers_(servers), socket_(new QUdpSocket(this))
+{
+    connect(socket_, &QUdpSocket::readyRead, this, &MasterServer::readPending);
+}
+
+bool MasterServer::start(quint16 port, QString *error)
+{
+    if (socket_->bind(QHostAddress::LocalHost, port))
+        return true;
+    *error = u"cannot run the master on 127.0.0.1:%1: %2"_s.arg(port).arg(socket_->errorString());
+    return false;
+}
+
+quint16 MasterServer::port() const { return socket_->localPort(); }
+
+void MasterServer::readPending()
+{
+    while (socket_->hasPendingDatagrams()) {
+        const QNetworkDatagram datagram = socket_->receiveDatagram();
+        received << datagram.data();
+        if (silent || !datagram.data().startsWith("query"))
+            continue;
+        const QHostAddress to = datagram.senderAddress();
+        const quint16 port = static_cast<quint16>(datagram.senderPort());
+        const QList<QByteArray> answers = masterAnswer(servers_, perDatagram);
+        for (qsizetype i = 0; i < answers.size(); ++i) {
+            if (gapMs == 0) {
+                socket_->writeDatagram(answers[i], to, port);
+                continue;
+            }
+            QPointer<QUdpSocket> socket = socket_;
+            QTimer::singleShot(static_cast<int>(i) * gapMs, this, [socket, answer = answers[i], to, port] {
+                if (socket)
+                    socket->writeDatagram(answer, to, port);
+            });
+        }
+    }
+}
+
 GameServer::GameServer(const Server &server, QObject *parent)
     : QObject(parent), server_(server), socket_(new QUdpSocket(this))
 {
@@ -195,7 +256,21 @@ bool Network::start(const Config &config, QString *error, bool strictPort)
             return false;
         gameServers_ << game;
     }
+    if (config.masterPort) {
+        master_ = new MasterServer(config.servers, this);
+        // A busy master port never stops the demo: the next free one will do.
+        bool up = master_->start(*config.masterPort, error);
+        for (quint16 port = 27901; !up && port < 27920; ++port)
+            up = master_->start(port, error);
+        if (!up && !master_->start(0, error))
+            return false;
+    }
     return true;
+}
+
+QString Network::masterUrl() const
+{
+    return master_ ? u"master://127.0.0.1:%1"_s.arg(master_->port()) : QString();
 }
 
 QString Network::listUrl() const

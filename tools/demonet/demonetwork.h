@@ -35,18 +35,41 @@ struct Server {
 
 struct Config {
     quint16 httpPort = 80;
+    // A master server on 127.0.0.1 that lists every server below; 0 picks a free port.
+    std::optional<quint16> masterPort;
     QList<Server> servers;
     QStringList listLines;  // the list body, line by line
 
     // The demo's own population: every path of a refresh shows.
     static Config builtIn();
-    // Lines "http|PORT", "server|ADDRESS:PORT|PROTOCOL|DELAY|NAME|MAP|MAX|name:score:ping,...",
+    // Lines "http|PORT", "master|PORT", "server|ADDRESS:PORT|PROTOCOL|DELAY|NAME|MAP|MAX|name:score:ping,...",
     // "list|ENTRY"; "#" starts a comment line.
     static std::optional<Config> parse(const QString &text, QString *error);
 };
 
 // What a real server sends back for one query datagram; empty for no answer.
 QByteArray answerFor(const Server &server, const QByteArray &query);
+
+// A master server's answer: the records of `servers`, `perDatagram` to a datagram.
+QList<QByteArray> masterAnswer(const QList<Server> &servers, int perDatagram);
+
+// A simulated master server: answers "query" with the list of its servers.
+class MasterServer : public QObject {
+    Q_OBJECT
+public:
+    explicit MasterServer(const QList<Server> &servers, QObject *parent = nullptr);
+    bool start(quint16 port, QString *error);
+    quint16 port() const;
+    int perDatagram = 100;   // records in one answer datagram
+    int gapMs = 0;           // pause between two answer datagrams
+    bool silent = false;     // never answers
+    QList<QByteArray> received;
+
+private:
+    void readPending();
+    QList<Server> servers_;
+    QUdpSocket *socket_;
+};
 
 // One simulated game server on its own address and port.
 class GameServer : public QObject {
@@ -70,6 +93,9 @@ public:
     bool start(const Config &config, QString *error, bool strictPort = false);
     quint16 httpPort() const { return httpPort_; }
     QString listUrl() const;
+    // "master://127.0.0.1:PORT", empty when the population has no master.
+    QString masterUrl() const;
+    MasterServer *master() const { return master_; }
     QList<GameServer *> gameServers() const { return gameServers_; }
     // Replaces the whole HTTP response (status line and headers included).
     void setRawResponse(const QByteArray &response) { rawResponse_ = response; }
@@ -81,6 +107,7 @@ private:
     QTcpServer *http_;
     quint16 httpPort_ = 0;
     QList<GameServer *> gameServers_;
+    MasterServer *master_ = nullptr;
     std::optional<QByteArray> rawResponse_;
 };
 

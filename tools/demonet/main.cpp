@@ -36,6 +36,8 @@ int main(int argc, char *argv[])
     }
     out << "Demo network up: " << network.gameServers().size() << " game servers on loopback.\n"
         << "List URL: " << network.listUrl() << "\n";
+    if (!network.masterUrl().isEmpty())
+        out << "Master URL: " << network.masterUrl() << "\n";
     out.flush();
     std::signal(SIGTERM, [](int) { QCoreApplication::quit(); });
     std::signal(SIGINT, [](int) { QCoreApplication::quit(); });

@@ -115,4 +115,13 @@ std::optional<Answer> parsePingSocket(const QByteArray &packet, quint16 sequence
     return Answer{EchoStatus::Success, 0, packet.mid(8), -1};
 }
 
+std::optional<Answer> parseErrorQueue(const QByteArray &quoted, const QueuedError &error, quint16 sequence)
+{
+    if (quoted.size() < 8 || word(quoted, 6) != sequence)
+        return std::nullopt;
+    if (error.fromIcmp)
+        return Answer{EchoStatus::fromIcmp(error.type, error.code), error.offender, {}, -1};
+    return Answer{EchoStatus::fromErrno(error.error), 0, {}, -1};
+}
+
 }

@@ -49,4 +49,15 @@ std::optional<Answer> parseRaw(const QByteArray &packet, quint16 id, quint16 seq
 // A packet read from a ping socket: the ICMP message without IP header. The kernel
 // has already matched the identifier, so only the type and the sequence count.
 std::optional<Answer> parsePingSocket(const QByteArray &packet, quint16 sequence);
+
+// A router's answer as a ping socket's error queue hands it over: the request as
+// the kernel quotes it (ICMP header first) and the fields of the extended error.
+struct QueuedError {
+    bool fromIcmp = false;  // an ICMP message: type and code say what, offender who
+    int type = 0;
+    int code = 0;
+    int error = 0;          // errno, for an error of this machine
+    quint32 offender = 0;   // host byte order
+};
+std::optional<Answer> parseErrorQueue(const QByteArray &quoted, const QueuedError &error, quint16 sequence);
 }

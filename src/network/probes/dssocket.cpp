@@ -1,5 +1,6 @@
 #include "probes/dssocket.h"
 
+#include "serverlist/linesplit.h"
 #include "shell/wiretext.h"
 
 #include <QHostInfo>
@@ -133,22 +134,8 @@ void DsSocket::readStream()
 
 void DsSocket::flushLines(bool all)
 {
-    const char eol = static_cast<char>(EOLChar);
-    for (;;) {
-        const qsizetype end = pending_.indexOf(eol);
-        if (end < 0 && pending_.size() < kMaxLine)
-            break;
-        const bool cut = end < 0 || end > kMaxLine;
-        const qsizetype take = cut ? kMaxLine : end;
-        const QByteArray line = pending_.left(take);
-        pending_.remove(0, cut ? take : take + 1);
+    for (const QByteArray &line : TakeLines(pending_, static_cast<char>(EOLChar), all, kMaxLine))
         emit DataArrival(WireText::fromBytes(line));
-    }
-    if (all && !pending_.isEmpty()) {
-        const QByteArray rest = pending_;
-        pending_.clear();
-        emit DataArrival(WireText::fromBytes(rest));
-    }
 }
 
 bool DsSocket::openDatagram()

@@ -176,22 +176,24 @@ int LinuxIcmpEcho::receiveError(quint16 sequence, EchoReply &reply)
     msghdr msg;
     const ssize_t n = receiveMessage(fd_, MSG_ERRQUEUE | MSG_DONTWAIT, data, sizeof data, control, sizeof control,
                                      &from, &iov, &msg);
-    if (n < 8)
+    if (n <= 0)
         return 0;
     const QByteArray quoted(data, static_cast<qsizetype>(n));
-    if (static_cast<quint16>(static_cast<quint8>(quoted[6]) << 8 | static_cast<quint8>(quoted[7])) != sequence)
-        return 0;
     for (cmsghdr *c = CMSG_FIRSTHDR(&msg); c; c = CMSG_NXTHDR(&msg, c)) {
         if (c->cmsg_level != IPPROTO_IP || c->cmsg_type != IP_RECVERR)
             continue;
         const auto *err = reinterpret_cast<const sock_extended_err *>(CMSG_DATA(c));
-        if (err->ee_origin == SO_EE_ORIGIN_ICMP) {
-            const auto *offender = reinterpret_cast<const sockaddr_in *>(SO_EE_OFFENDER(err));
-            store({EchoStatus::fromIcmp(err->ee_type, err->ee_code), ntohl(offender->sin_addr.s_addr), {}, -1},
-                  0, reply);
-        } else {
-            store({EchoStatus::fromErrno(static_cast<int>(err->ee_errno)), 0, {}, -1}, 0, reply);
-        }
+        IcmpPacket::QueuedError queued;
+        queued.fromIcmp = err->ee_origin == SO_EE_ORIGIN_ICMP;
+        queued.type = err->ee_type;
+        queued.code = err->ee_code;
+        queued.error = static_cast<int>(err->ee_errno);
+        if (queued.fromIcmp)
+            queued.offender = ntohl(reinterpret_cast<const sockaddr_in *>(SO_EE_OFFENDER(err))->sin_addr.s_addr);
+        const auto answer = IcmpPacket::parseErrorQueue(quoted, queued, sequence);
+        if (!answer)
+            return 0;
+        store(*answer, 0, reply);
         return 1;
     }
     return 0;

@@ -1,6 +1,8 @@
 // Fetching the web server list over the stream socket.
 #include "probes/dssocket.h"
+#include "serverlist/masterclient.h"
 #include "serverlist/urltext.h"
+#include "shell/waiting.h"
 #include "shell/frmpulsebox.h"
 #include "shell/pulseboxmod.h"
 #include "shell/prompts.h"
@@ -74,4 +76,29 @@ void frmPulsebox::dsSocket1_Error(int number, const QString &description)
 {
     Mod().FetchBusy = false;
     setStatus(u"dsSocket1 Error : "_s + QString::number(number) + u':' + description);
+}
+
+QString frmPulsebox::fetchFromMaster(const QString &host, quint16 port)
+{
+    lbHost->Clear();
+    Mod().BytesReceived = 0;
+    Mod().ListUrl = TrimSpaces(Text1->currentText());
+    if (!master_)
+        master_ = new MasterClient(this);
+    master_->start(host, port);
+    // The client ends by itself: on the master's silence after its answer, or at its time limit.
+    waitUntil([this] { return !master_->isRunning(); });
+    if (master_->isRunning()) {  // the program is ending
+        master_->abort();
+        return u"Cancelled"_s;
+    }
+    if (!master_->errorText().isEmpty())
+        return master_->errorText();
+    for (const QString &entry : master_->entries())
+        lbHost->AddItem(entry);
+    Mod().BytesReceived = static_cast<qint32>(std::min<qint64>(master_->counts().bytes, INT32_MAX));
+    Label14->setText(QString::number(lbHost->ListCount()));
+    setStatus(u"Master server answered: "_s + QString::number(lbHost->ListCount()) + u" servers, "_s
+              + QString::number(Mod().BytesReceived) + u" bytes received."_s);
+    return {};
 }

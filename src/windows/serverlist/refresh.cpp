@@ -1,5 +1,7 @@
 // Refresh List, Fav Refresh and the run-state of the main window's controls.
 #include "probes/dssocket.h"
+#include "serverlist/masterlist.h"
+#include "serverlist/urltext.h"
 #include "shell/frmpulsebox.h"
 #include "shell/pulseboxmod.h"
 #include "shell/prompts.h"
@@ -7,6 +9,7 @@
 #include "shell/waiting.h"
 
 #include <QAction>
+#include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -68,11 +71,24 @@ void frmPulsebox::Command2_Click()
         setStatus(u"Retreiving List...."_s);
         yieldOnce();
         QString host;
-        if (!fetchPrepare(&host)) {
+        MasterList::Location master;
+        const bool fromMaster = MasterList::parseUrl(TrimSpaces(Text1->currentText()), &master);
+        if (fromMaster ? master.host.isEmpty() : !fetchPrepare(&host)) {
             Seams::prompts().message(u"Invalid URL supplied."_s, AppTitle);
             if (!continueWithFavorites())
                 return abort();
             answer = ContinueAnswer::Yes;
+        } else if (fromMaster) {
+            const QString problem = fetchFromMaster(master.host, master.port);
+            if (waitsAbandoned())
+                return abort();  // the program is ending
+            if (!problem.isEmpty()) {
+                Seams::prompts().message(u"problem getting list of server"_s, AppTitle);
+                setStatus(u"Problem getting list from server: "_s + problem);
+                if (!continueWithFavorites())
+                    return abort();
+                answer = ContinueAnswer::Yes;
+            }
         } else {
             fetchStart(host);
             // The fetch has no time limit of its own: its close or error event ends it.

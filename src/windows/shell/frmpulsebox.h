@@ -12,6 +12,7 @@ class QLineEdit;
 class QMenu;
 class QPushButton;
 class DsSocket;
+class MasterClient;
 class HiddenText;
 class Ticker;
 class VbList;
@@ -90,6 +91,9 @@ public:
     void dsSocket1_DataArrival(const QString &line);
     void dsSocket1_Close();
     void dsSocket1_Error(int number, const QString &description);
+    // A master:// list location: the master's servers into lbHost. Empty when the
+    // master answered, else why not.
+    QString fetchFromMaster(const QString &host, quint16 port);
 
     // Game queries on the datagram socket.
     QString query(const QString &address, const QString &port, int mode);
@@ -133,4 +137,5 @@ private:
     QPointer<frmFavorites> favorites_;
     QPointer<TrayIcon> tray_;        // made at the first Iconize, kept for the run
     QPointer<frmLaunch> launchBar_;  // the launcher bar while it is loaded
+    MasterClient *master_ = nullptr;
 };

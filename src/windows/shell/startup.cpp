@@ -23,6 +23,11 @@ void frmPulsebox::Form_Load()
     Mod().QueryMode = 1;
     Text1->addItem(Text1->currentText());
     Text1->addItem(u"http://127.0.0.1/"_s);
+    // Master servers: the one the demo network runs on this machine, then public
+    // masters, so that a first refresh on the internet finds servers without typing.
+    for (const QString &master : {u"master://127.0.0.1:27900"_s, u"master://master.rlogin.dk:27900"_s,
+                                  u"master://master.quakeservers.net:27900"_s})
+        Text1->addItem(master);
     Text1->setEditText(Text1->itemText(0));
 
     waitUntil([] { return Mod().SplashTicks >= 2; });

@@ -1,0 +1,58 @@
+#!/usr/bin/env bash
+# fuzz.sh [SECONDS]: builds the libFuzzer targets with clang into build-fuzz, replays
+# each seed corpus in fuzz/corpus/, then runs each target for a bounded time
+# (default 15 s each, at most 2,000,000 runs) and prints the executions per
+# second. New inputs the fuzzer finds go to build-fuzz/found/, never into the
+# repository; a crash leaves its input there and fails the script.
+# Skips (status 0) when clang cannot be had, so scripts/test.sh can call it anywhere.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+seconds=${1:-15}
+runs=2000000
+
+if ! command -v clang++ >/dev/null; then
+    as_root=()
+    [ "$(id -u)" -eq 0 ] || as_root=(sudo -n)
+    if [ "$(id -u)" -eq 0 ] || sudo -n true 2>/dev/null; then
+        echo "Installing: clang"
+        "${as_root[@]}" apt-get update -qq
+        DEBIAN_FRONTEND=noninteractive "${as_root[@]}" apt-get install -y -qq clang >/dev/null || true
+    fi
+fi
+if ! command -v clang++ >/dev/null || ! echo 'extern "C" int LLVMFuzzerTestOneInput(const char *, unsigned long) { return 0; }' \
+        | clang++ -x c++ -fsanitize=fuzzer - -o /dev/null 2>/dev/null; then
+    echo "fuzz: skipped, clang with libFuzzer is not available here"
+    exit 0
+fi
+
+launcher=()
+if command -v ccache >/dev/null; then
+    launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+    export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
+fi
+CXX=clang++ cmake -S . -B build-fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DPULSEBOX_FUZZ=ON "${launcher[@]}" >/dev/null
+cmake --build build-fuzz --target fuzz_targets
+
+export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
+status=0
+printf '%-18s %8s %10s %10s\n' target seeds runs exec/s
+for corpus in fuzz/corpus/*/; do
+    name=$(basename "$corpus")
+    target=build-fuzz/fuzz/fuzz_$name
+    found=build-fuzz/found/$name
+    mkdir -p "$found"
+    log=build-fuzz/found/$name.log
+    # The seeds first, one by one: each must pass as it is.
+    if ! "$target" -runs=0 -artifact_prefix="$found/" "$corpus" >"$log" 2>&1; then
+        echo "fuzz: $name fails on its own seed corpus (see $log)"; status=1; continue
+    fi
+    if ! "$target" -runs=$runs -max_total_time="$seconds" -print_final_stats=1 -artifact_prefix="$found/" \
+            "$found" "$corpus" >"$log" 2>&1; then
+        echo "fuzz: $name found a failure: $(ls "$found"/crash-* "$found"/leak-* "$found"/timeout-* 2>/dev/null | head -1) (see $log)"
+        status=1; continue
+    fi
+    done_runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")
+    speed=$(sed -n 's/^stat::average_exec_per_sec: *//p' "$log")
+    printf '%-18s %8s %10s %10s\n' "$name" "$(ls "$corpus" | wc -l)" "$done_runs" "$speed"
+done
+exit $status

@@ -1,0 +1,291 @@
+// pulsebox-query: probes Quake 2 servers from the command line with the same
+// engine and the same decisions as the window's fast refresh.
+#include "engine/probeengine.h"
+#include "favorites/favfile.h"
+#include "probes/statusanswer.h"
+#include "serverlist/masterclient.h"
+#include "serverlist/masterlist.h"
+#include "serverlist/urltext.h"
+#include "shell/wiretext.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTextStream>
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <cstdio>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+constexpr int ExitAnswered = 0, ExitNoneAnswered = 1, ExitUsage = 2;
+
+QTextStream &err()
+{
+    static QTextStream stream(stderr);
+    return stream;
+}
+
+struct Usage {
+    QString problem;  // empty: the options are good
+};
+
+// A whole number option; out-of-range values are left to ProbeSettings::check,
+// which names the bounds.
+bool wholeNumber(const QCommandLineParser &parser, const QString &name, int *value, QString *problem)
+{
+    if (!parser.isSet(name))
+        return true;
+    bool ok = false;
+    const qint64 n = parser.value(name).trimmed().toLongLong(&ok);
+    if (!ok) {
+        *problem = u"--%1 needs a whole number, not \"%2\"."_s.arg(name, parser.value(name));
+        return false;
+    }
+    *value = static_cast<int>(std::clamp<qint64>(n, INT_MIN, INT_MAX));
+    return true;
+}
+
+// Entries of a list file: one server a line, blank lines skipped.
+bool readListFile(const QString &path, QList<ProbeEntry> *entries, QString *problem)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        *problem = u"Cannot read the list file %1: %2"_s.arg(path, file.errorString());
+        return false;
+    }
+    for (const QString &line : SplitLines(WireText::fromBytes(file.readAll()))) {
+        const QString entry = TrimSpaces(line);
+        if (!entry.isEmpty())
+            entries->append({entry, false});
+    }
+    return true;
+}
+
+bool readFavorites(const QString &path, QList<ProbeEntry> *entries, QString *problem)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        *problem = u"Cannot read the favorites file %1: %2"_s.arg(path, file.errorString());
+        return false;
+    }
+    for (const Favorite &f : FavFile::parse(file.readAll())) {
+        const QString entry = TrimSpaces(f.address);
+        if (!entry.isEmpty())
+            entries->append({entry, true});
+    }
+    return true;
+}
+
+// The master's servers, or why there are none.
+QStringList askMaster(const MasterList::Location &master, int timeoutMs, QString *problem)
+{
+    MasterClient client;
+    client.timeoutMs = timeoutMs;
+    QEventLoop loop;
+    QObject::connect(&client, &MasterClient::finished, &loop, &QEventLoop::quit);
+    client.start(master.host, master.port);
+    loop.exec();
+    *problem = client.errorText();
+    return client.entries();
+}
+
+QString rttSourceText(RttSource source)
+{
+    switch (source) {
+    case RttSource::Icmp: return u"icmp"_s;
+    case RttSource::GameQuery: return u"query"_s;
+    case RttSource::None: break;
+    }
+    return u"none"_s;
+}
+
+QJsonObject jsonOf(const ProbeResult &r, bool withStatus)
+{
+    QJsonObject o;
+    o[u"entry"_s] = r.entry.text;
+    o[u"address"_s] = r.address;
+    o[u"port"_s] = r.port;
+    o[u"favorite"_s] = r.entry.favorite;
+    o[u"answered"_s] = r.answered;
+    o[u"ping"_s] = r.rttSource == RttSource::None ? QJsonValue() : QJsonValue(r.ping);
+    o[u"rttSource"_s] = rttSourceText(r.rttSource);
+    o[u"version"_s] = r.accepted ? QJsonValue(r.version) : QJsonValue();
+    o[u"name"_s] = r.answered ? QJsonValue(r.hostName.trimmed()) : QJsonValue();
+    o[u"map"_s] = r.answered ? QJsonValue(r.map.trimmed()) : QJsonValue();
+    const QStringList counts = r.players.split(u'/');
+    bool inUse = false, capacity = false;
+    const int players = counts.value(0).trimmed().toInt(&inUse);
+    const int maxPlayers = counts.value(1).trimmed().toInt(&capacity);
+    o[u"players"_s] = r.answered && inUse ? QJsonValue(players) : QJsonValue();
+    o[u"maxPlayers"_s] = r.answered && capacity ? QJsonValue(maxPlayers) : QJsonValue();
+    if (withStatus) {
+        const StatusAnswer status = GameQuery::parseStatus(r.statusAnswer);
+        QJsonObject settings;
+        for (const auto &[key, value] : status.settings)
+            settings[key] = value;
+        QJsonArray list;
+        for (const StatusAnswer::Player &p : status.players)
+            list.append(QJsonObject{{u"score"_s, p.score}, {u"ping"_s, p.ping}, {u"name"_s, p.name}});
+        o[u"settings"_s] = settings;
+        o[u"playerList"_s] = list;
+    }
+    return o;
+}
+}
+
+int run();
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(u"pulsebox-query"_s);
+    QCoreApplication::setApplicationVersion(QStringLiteral(PULSEBOX_VERSION));
+    const int status = run();
+    err().flush();
+    return status;
+}
+
+int run()
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        u"Probes Quake 2 servers: pings each, asks it for its version and info line, and prints the\n"
+        "rows of the servers within the ping limit, fastest first (or every server as JSON).\n"
+        "Exit status: 0 when a server answered, 1 when none did, 2 for bad usage."_s);
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.addPositionalArgument(u"servers"_s, u"Servers as HOST[:PORT] (port 27910 when none)."_s,
+                                 u"[HOST[:PORT]...]"_s);
+    parser.addOptions({
+        {u"file"_s, u"Servers from a list file, one HOST[:PORT] a line."_s, u"file"_s},
+        {u"master"_s, u"Servers from a master server (UDP, port 27900 when none)."_s, u"host[:port]"_s},
+        {u"favorites"_s, u"Servers from a favorites file (Pulsebox.fav); they are marked as favorites."_s,
+         u"file"_s},
+        {u"ping-limit"_s, u"Servers pinging above this many ms are left out of the rows (default 230)."_s,
+         u"ms"_s},
+        {u"regular"_s, u"Regular Ping: three echoes per server instead of one."_s},
+        {u"rate"_s, u"Packets per second, echoes and queries together (10 to 100000, default 8000)."_s,
+         u"pps"_s},
+        {u"timeout"_s, u"How long each query waits for its answer (50 to 60000 ms, default 2000)."_s, u"ms"_s},
+        {u"retries"_s, u"Re-sends of an unanswered query within the time-out (0 to 9, default 1)."_s, u"n"_s},
+        {u"status"_s, u"Also ask each answering server for its settings and players."_s},
+        {u"json"_s, u"Every server as a JSON object (an array on standard output)."_s},
+    });
+    if (!parser.parse(QCoreApplication::arguments())) {
+        err() << parser.errorText() << "\nTry 'pulsebox-query --help'.\n";
+        return ExitUsage;
+    }
+    if (parser.isSet(u"help"_s))
+        parser.showHelp(0);
+    if (parser.isSet(u"version"_s))
+        parser.showVersion();
+
+    ProbeSettings settings;
+    settings.echoes = parser.isSet(u"regular"_s) ? 3 : 1;
+    settings.status = parser.isSet(u"status"_s);
+    int retries = settings.tries - 1;
+    QString problem;
+    if (!wholeNumber(parser, u"rate"_s, &settings.rate, &problem)
+        || !wholeNumber(parser, u"timeout"_s, &settings.queryTimeoutMs, &problem)
+        || !wholeNumber(parser, u"retries"_s, &retries, &problem)) {
+        err() << problem << "\n";
+        return ExitUsage;
+    }
+    settings.tries = retries < INT_MAX ? retries + 1 : INT_MAX;
+    if (parser.isSet(u"ping-limit"_s)) {
+        bool ok = false;
+        settings.pingLimit = parser.value(u"ping-limit"_s).trimmed().toDouble(&ok);
+        if (!ok || !std::isfinite(settings.pingLimit) || settings.pingLimit < 0) {
+            err() << "--ping-limit needs a number of milliseconds, not \"" << parser.value(u"ping-limit"_s)
+                  << "\".\n";
+            return ExitUsage;
+        }
+    }
+    if (const QString bad = settings.check(); !bad.isEmpty()) {
+        err() << bad << "\n";
+        return ExitUsage;
+    }
+
+    QList<ProbeEntry> entries;
+    for (const QString &argument : parser.positionalArguments()) {
+        if (!MasterList::parseHostPort(argument)) {
+            err() << "Not a server: \"" << argument << "\" (HOST or HOST:PORT).\n";
+            return ExitUsage;
+        }
+        entries.append({argument, false});
+    }
+    if ((parser.isSet(u"file"_s) && !readListFile(parser.value(u"file"_s), &entries, &problem))
+        || (parser.isSet(u"favorites"_s) && !readFavorites(parser.value(u"favorites"_s), &entries, &problem))) {
+        err() << problem << "\n";
+        return ExitUsage;
+    }
+    if (parser.isSet(u"master"_s)) {
+        const auto master = MasterList::parseHostPort(parser.value(u"master"_s));
+        if (!master) {
+            err() << "Not a master server: \"" << parser.value(u"master"_s) << "\" (HOST or HOST:PORT).\n";
+            return ExitUsage;
+        }
+        const QStringList listed = askMaster(*master, std::max(settings.queryTimeoutMs, 2000), &problem);
+        if (!problem.isEmpty())
+            err() << problem << "\n";
+        for (const QString &entry : listed)
+            entries.append({entry, false});
+    }
+    if (entries.isEmpty()) {
+        if (!problem.isEmpty())
+            return ExitNoneAnswered;  // the master said nothing: said above
+        err() << "No servers to probe: name them, or give --file, --master or --favorites.\n"
+                 "Try 'pulsebox-query --help'.\n";
+        return ExitUsage;
+    }
+
+    ProbeEngine engine;
+    engine.setSettings(settings);
+    QObject::connect(&engine, &ProbeEngine::notice, [](const QString &text) { err() << text << "\n"; err().flush(); });
+    const bool terminal = isatty(STDERR_FILENO) == 1;
+    if (terminal) {
+        QObject::connect(&engine, &ProbeEngine::progress, [](int completed, int total) {
+            err() << "\r" << completed << "/" << total << " servers";
+            err().flush();
+        });
+    }
+    QEventLoop loop;
+    QObject::connect(&engine, &ProbeEngine::finished, &loop, &QEventLoop::quit);
+    engine.start(entries);
+    if (engine.isRunning())
+        loop.exec();
+    if (terminal)
+        err() << "\n";
+    err().flush();
+
+    const QList<ProbeResult> &results = engine.results();
+    QTextStream out(stdout);
+    if (parser.isSet(u"json"_s)) {
+        QJsonArray array;
+        for (const ProbeResult &r : results)
+            array.append(jsonOf(r, settings.status));
+        out << QJsonDocument(array).toJson(QJsonDocument::Indented);
+    } else {
+        QList<const ProbeResult *> rows;
+        for (const ProbeResult &r : results) {
+            if (r.accepted)
+                rows.append(&r);
+        }
+        std::stable_sort(rows.begin(), rows.end(),
+                         [](const ProbeResult *a, const ProbeResult *b) { return a->ping < b->ping; });
+        for (const ProbeResult *r : rows)
+            out << r->row << "\n";
+    }
+    out.flush();
+    const bool anyAnswered = std::any_of(results.begin(), results.end(), [](const ProbeResult &r) { return r.answered; });
+    return anyAnswered ? ExitAnswered : ExitNoneAnswered;
+}
