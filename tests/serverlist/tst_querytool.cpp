@@ -56,6 +56,7 @@ private slots:
         config.masterPort = 0;
         config.servers = {fake("127.0.13.1", "34", "Query One", {{QStringLiteral("Alice"), 12, 40}, {QStringLiteral("Bob \"B\""), -1, 999}}),
                           fake("127.0.13.2", "31", "Query Two"), fake("127.0.13.3", "silent", "Quiet")};
+        config.listLines = {QStringLiteral("127.0.13.2"), QString(), QStringLiteral("127.0.13.3:27910")};
         Demo::Network network;
         QString error;
         QVERIFY2(network.start(config, &error, true), qPrintable(error));
@@ -115,6 +116,15 @@ private slots:
         QCOMPARE(lines.size(), 2);
         QVERIFY(lines.join(QLatin1Char('\n')).contains(QStringLiteral("Query Two")));
         QVERIFY(lines.join(QLatin1Char('\n')).contains(QStringLiteral("Query One")));
+
+        // The web list, fetched as the window fetches it: its two entries, the silent one unlisted.
+        const Run web = runTool({QStringLiteral("--url"), network.listUrl(), QStringLiteral("--json"),
+                                 QStringLiteral("--timeout"), QStringLiteral("600")});
+        QCOMPARE(web.exitCode, 0);
+        const QJsonArray listed = QJsonDocument::fromJson(web.out).array();
+        QCOMPARE(listed.size(), 2);
+        QCOMPARE(listed[0].toObject()[QStringLiteral("name")].toString(), QStringLiteral("Query Two"));
+        QCOMPARE(listed[1].toObject()[QStringLiteral("answered")].toBool(), false);
     }
 
     void exitStatuses()

@@ -2,6 +2,7 @@
 // engine and the same decisions as the window's fast refresh.
 #include "engine/probeengine.h"
 #include "favorites/favfile.h"
+#include "probes/dssocket.h"
 #include "probes/statusanswer.h"
 #include "serverlist/masterclient.h"
 #include "serverlist/masterlist.h"
@@ -16,6 +17,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTextStream>
+#include <QTimer>
 
 #include <algorithm>
 #include <climits>
@@ -83,6 +85,45 @@ bool readFavorites(const QString &path, QList<ProbeEntry> *entries, QString *pro
             entries->append({entry, true});
     }
     return true;
+}
+
+// The entries of a web list, fetched as the window fetches it (port 80 unless
+// the URL's host carries one); false with the reason when the fetch failed.
+bool readWebList(const QString &url, int timeoutMs, QList<ProbeEntry> *entries, QString *problem)
+{
+    const QString host = UrlHost(TrimSpaces(url));
+    if (host.isEmpty()) {
+        *problem = u"Not a list URL: \"%1\" (http://HOST[:PORT]/PATH)."_s.arg(url);
+        return false;
+    }
+    DsSocket socket(DsSocket::Kind::Stream);
+    socket.RemoteHost = host;
+    socket.RemotePort = 80;
+    socket.LineMode = true;
+    socket.EOLChar = 10;
+    ListBodyReader body;
+    QEventLoop loop;
+    QObject::connect(&socket, &DsSocket::SendReady, [&] { socket.Send(ListRequestText(host, UrlPath(TrimSpaces(url)))); });
+    QObject::connect(&socket, &DsSocket::DataArrival, [&](const QString &line) {
+        QString entry;
+        if (body.take(line, &entry) && !entry.isEmpty())
+            entries->append({entry, false});
+    });
+    QObject::connect(&socket, &DsSocket::Closed, &loop, &QEventLoop::quit);
+    QObject::connect(&socket, &DsSocket::Error, [&](int number, const QString &text) {
+        *problem = u"The list at %1 could not be fetched: %2 %3"_s.arg(url).arg(number).arg(text);
+        loop.quit();
+    });
+    QTimer::singleShot(std::max(timeoutMs, 5000), &loop, [&] {
+        *problem = u"The list at %1 did not arrive in time."_s.arg(url);
+        loop.quit();
+    });
+    if (!socket.Connect()) {
+        *problem = u"The list at %1 could not be fetched: %2 %3"_s.arg(url).arg(socket.LastError).arg(socket.LastErrorText);
+        return false;
+    }
+    loop.exec();
+    return problem->isEmpty();
 }
 
 // The master's servers, or why there are none.
@@ -167,6 +208,7 @@ int run()
                                  u"[HOST[:PORT]...]"_s);
     parser.addOptions({
         {u"file"_s, u"Servers from a list file, one HOST[:PORT] a line."_s, u"file"_s},
+        {u"url"_s, u"Servers from a web list (http://HOST[:PORT]/PATH), fetched as the window does."_s, u"url"_s},
         {u"master"_s, u"Servers from a master server (UDP, port 27900 when none)."_s, u"host[:port]"_s},
         {u"favorites"_s, u"Servers from a favorites file (Pulsebox.fav); they are marked as favorites."_s,
          u"file"_s},
@@ -228,6 +270,8 @@ int run()
         err() << problem << "\n";
         return ExitUsage;
     }
+    if (parser.isSet(u"url"_s) && !readWebList(parser.value(u"url"_s), settings.queryTimeoutMs, &entries, &problem))
+        err() << problem << "\n";  // probes what did arrive; none: status 1 below
     if (parser.isSet(u"master"_s)) {
         const auto master = MasterList::parseHostPort(parser.value(u"master"_s));
         if (!master) {
@@ -243,7 +287,7 @@ int run()
     if (entries.isEmpty()) {
         if (!problem.isEmpty())
             return ExitNoneAnswered;  // the master said nothing: said above
-        err() << "No servers to probe: name them, or give --file, --master or --favorites.\n"
+        err() << "No servers to probe: name them, or give --file, --url, --master or --favorites.\n"
                  "Try 'pulsebox-query --help'.\n";
         return ExitUsage;
     }

@@ -63,3 +63,14 @@ QString TrimSpaces(const QString &text)
         --end;
     return text.mid(begin, end - begin);
 }
+
+bool ListBodyReader::take(const QString &line, QString *entry)
+{
+    if (!inBody_) {
+        if (PrintableText(line).isEmpty())
+            inBody_ = true;
+        return false;
+    }
+    *entry = TrimSpaces(PrintableText(line));
+    return true;
+}

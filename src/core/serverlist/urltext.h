@@ -13,3 +13,15 @@ QString PrintableText(const QString &text);
 QString ListRequestText(const QString &host, const QString &path);
 // Leading and trailing spaces removed; other blanks (tabs, no-break spaces) stay.
 QString TrimSpaces(const QString &text);
+
+// The lines of a list server's answer: the header up to its first empty line is
+// skipped; each later line gives one list entry, control characters and outer
+// spaces removed. One reader per fetch.
+class ListBodyReader {
+public:
+    // True when `line` is a body line; *entry is then its entry text.
+    bool take(const QString &line, QString *entry);
+
+private:
+    bool inBody_ = false;
+};

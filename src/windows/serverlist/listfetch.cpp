@@ -42,7 +42,7 @@ void frmPulsebox::dsSocket1_Connected() { setStatus(u"Connected..."_s); }
 
 void frmPulsebox::dsSocket1_SendReady()
 {
-    inBody_ = false;
+    listBody_ = ListBodyReader();
     setStatus(u"Ready to Send..."_s);
     lbHost->Clear();
     dsSocket1->Send(ListRequestText(UrlHost(Mod().ListUrl), UrlPath(Mod().ListUrl)));
@@ -50,12 +50,10 @@ void frmPulsebox::dsSocket1_SendReady()
 
 void frmPulsebox::dsSocket1_DataArrival(const QString &line)
 {
-    if (!inBody_) {
-        if (PrintableText(line).isEmpty())
-            inBody_ = true;
+    QString entry;
+    if (!listBody_.take(line, &entry))
         return;
-    }
-    lbHost->AddItem(TrimSpaces(PrintableText(line)));
+    lbHost->AddItem(entry);
     const int n = lbHost->ListCount();
     if (n % 10 == 0) {
         Label14->setText(QString::number(n));

@@ -1,4 +1,6 @@
 #pragma once
+#include "serverlist/urltext.h"
+
 #include <QMainWindow>
 #include <QPointer>
 
@@ -132,7 +134,7 @@ private:
     // The record of the selected row, or nullptr after telling the user to pick one.
     const ServerRec *selectedServer();
 
-    bool inBody_ = false;  // the list response's header has been skipped
+    ListBodyReader listBody_;  // the list response's lines, its header skipped
     QPointer<frmSplash> splash_;
     QPointer<frmFavorites> favorites_;
     QPointer<TrayIcon> tray_;        // made at the first Iconize, kept for the run
