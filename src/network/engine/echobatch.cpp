@@ -166,6 +166,21 @@ void IcmpEchoBatch::clear()
     timer_.stop();
 }
 
+namespace {
+// A receive into one buffer, with the sender's address and room for control data.
+msghdr messageInto(sockaddr_in &from, iovec &iov, char *control, size_t controlSize)
+{
+    msghdr msg{};
+    msg.msg_name = &from;
+    msg.msg_namelen = sizeof from;
+    msg.msg_iov = &iov;
+    msg.msg_iovlen = 1;
+    msg.msg_control = control;
+    msg.msg_controllen = controlSize;
+    return msg;
+}
+}  // namespace
+
 void IcmpEchoBatch::readReady()
 {
     char data[4096];
@@ -173,13 +188,7 @@ void IcmpEchoBatch::readReady()
     for (int budget = 0; budget < 4096; ++budget) {
         sockaddr_in from{};
         iovec iov{data, sizeof data};
-        msghdr msg{};
-        msg.msg_name = &from;
-        msg.msg_namelen = sizeof from;
-        msg.msg_iov = &iov;
-        msg.msg_iovlen = 1;
-        msg.msg_control = control;
-        msg.msg_controllen = sizeof control;
+        msghdr msg = messageInto(from, iov, control, sizeof control);
         const ssize_t n = ::recvmsg(fd_, &msg, MSG_DONTWAIT);
         if (n < 0) {
             if (errno == EINTR)
@@ -224,13 +233,7 @@ void IcmpEchoBatch::readErrors()
     for (int budget = 0; budget < 4096; ++budget) {
         sockaddr_in from{};
         iovec iov{data, sizeof data};
-        msghdr msg{};
-        msg.msg_name = &from;
-        msg.msg_namelen = sizeof from;
-        msg.msg_iov = &iov;
-        msg.msg_iovlen = 1;
-        msg.msg_control = control;
-        msg.msg_controllen = sizeof control;
+        msghdr msg = messageInto(from, iov, control, sizeof control);
         const ssize_t n = ::recvmsg(fd_, &msg, MSG_ERRQUEUE | MSG_DONTWAIT);
         if (n < 0)
             return;
