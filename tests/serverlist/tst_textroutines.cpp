@@ -3,7 +3,6 @@
 #include "serverlist/urltext.h"
 #include "shell/wiretext.h"
 
-#include <QRandomGenerator>
 #include <QtTest>
 
 class TestTextRoutines : public QObject {
@@ -74,6 +73,12 @@ private slots:
                  WireText::fromBytes(QByteArray("\x20\x7e\x7f\x80\xa0\xff")));
         QCOMPARE(TrimSpaces(PrintableText(QStringLiteral("  a\tb  "))), QStringLiteral("ab"));
         QCOMPARE(TrimSpaces(QStringLiteral("\t x \t")), QStringLiteral("\t x \t"));
+        // Every byte, the five Windows-1252 leaves unassigned included, survives
+        // the way to text and back.
+        QByteArray all(256, '\0');
+        for (int b = 0; b < 256; ++b)
+            all[b] = char(b);
+        QCOMPARE(WireText::toBytes(WireText::fromBytes(all)), all);
     }
 
     void entriesSplitAtTheFirstColon()
@@ -120,26 +125,6 @@ private slots:
         QCOMPARE(ReplyField(QStringLiteral("a b c"), 0), QString());
         QCOMPARE(ReplyField(QStringLiteral("a b c"), 4), QString());
         QCOMPARE(ReplyField(QString(), 1), QString());
-    }
-
-    void randomInputNeverBreaksTheParsers()
-    {
-        QRandomGenerator random(1999);
-        const char alphabet[] = " /:\t\r\n\\aZ09.\x01\x80\xff";
-        for (int round = 0; round < 20000; ++round) {
-            QByteArray bytes(random.bounded(round % 1000 == 0 ? 70000 : 40), '\0');
-            for (char &b : bytes)
-                b = round % 2 ? alphabet[random.bounded(int(sizeof alphabet - 1))]
-                              : static_cast<char>(random.bounded(256));
-            const QString text = WireText::fromBytes(bytes);
-            const QString printable = PrintableText(text);
-            QVERIFY(printable.size() <= text.size());
-            for (int field = 0; field <= 4; ++field)
-                QVERIFY(ReplyField(text, field).size() <= printable.size());
-            const ServerEntry e = ServerEntry::split(text);
-            QVERIFY(e.host.size() <= text.size());
-            QCOMPARE(WireText::toBytes(text), bytes);  // every byte survives the round trip
-        }
     }
 };
 
