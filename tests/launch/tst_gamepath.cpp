@@ -34,16 +34,6 @@ private slots:
         QCOMPARE(LastSeparatorPosition(QString()), -1);
     }
 
-    void launchCommand()
-    {
-        const LaunchCommand c = BuildLaunchCommand(QStringLiteral("/games/q2/quake2.exe"), 10,
-                                                   QStringLiteral("127.0.0.2:27910"));
-        QCOMPARE(c.program, QStringLiteral("/games/q2/quake2.exe"));
-        QCOMPARE(c.arguments, (QStringList{QStringLiteral("+set"), QStringLiteral("basedir"), QStringLiteral("/games/q2/"),
-                                           QStringLiteral("+connect"), QStringLiteral("127.0.0.2:27910")}));
-        QCOMPARE(c.workingFolder, QStringLiteral("/games/q2/"));
-    }
-
     void configFile()
     {
         QCOMPARE(GameConfig::serialize(QStringLiteral(" /g/quake2.exe ")), QByteArray(" /g/quake2.exe \r\n"));
