@@ -6,6 +6,8 @@
 
 #include <functional>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 using Answers = std::function<QString(int protocol)>;  // what a server says to "info N"; "" = silence
 
@@ -77,13 +79,10 @@ private slots:
 
     void typedNumbers()
     {
-        QCOMPARE(Probe::NumberValue(QStringLiteral("230.5")), 230.5);
-        QCOMPARE(Probe::NumberValue(QStringLiteral("  -12.25ms")), -12.25);
-        QCOMPARE(Probe::NumberValue(QStringLiteral(".5")), 0.5);
-        QCOMPARE(Probe::NumberValue(QStringLiteral("7.")), 7.0);
-        QCOMPARE(Probe::NumberValue(QStringLiteral("abc")), 0.0);
-        QCOMPARE(Probe::NumberValue(QStringLiteral(".")), 0.0);
-        QCOMPARE(Probe::NumberValue(QString(5000, u'9')), 0.0);  // beyond a double: no number
+        for (const auto &[text, value] : QList<std::pair<QString, double>>{
+                 {u"230.5"_s, 230.5}, {u"  -12.25ms"_s, -12.25}, {u".5"_s, 0.5}, {u"7."_s, 7.0}, {u"abc"_s, 0.0}, {u"."_s, 0.0},
+                 {QString(5000, u'9'), 0.0}})  // beyond a double: no number
+            QCOMPARE(Probe::NumberValue(text), value);
         QCOMPARE(Probe::PortNumber(QStringLiteral("27910.7")), 27911);
         QCOMPARE(Probe::PortNumber(QStringLiteral("27910.5")), 27910);  // halves to even
         QCOMPARE(Probe::PortNumber(QStringLiteral("27911.5")), 27912);

@@ -125,16 +125,14 @@ private slots:
         const QList<PingList::Message> ended{{QStringLiteral("File ended at: 5"), QStringLiteral("Error "), false},
                                              {QStringLiteral("File ended at: 1"), QStringLiteral("Error "), false}};
         QCOMPARE(r.messages, ended);
-        QCOMPARE(r.data.PlayerCount, 2);
-        QCOMPARE(r.data.MatchServerCount, 6);
-        QCOMPARE(r.data.PlayerNames[1], full.PlayerNames[1]);
-        QCOMPARE(r.data.PlayerNames[2], QString(15, QChar(0)));
-        for (size_t s = 1; s <= 3; ++s)
-            QCOMPARE(r.data.PlayerLists[1][s], full.PlayerLists[1][s]);
-        for (size_t s = 4; s <= 6; ++s) {
-            QCOMPARE(r.data.PlayerLists[1][s], ServerRec{});  // the cut record stays empty
-            QCOMPARE(r.data.PlayerLists[2][s], ServerRec{});
+        MatcherData kept = full;  // the counts, player 1's name and first three records; the cut record stays empty
+        kept.PlayerNames[2] = QString(15, QChar(0));
+        for (size_t s = 1; s <= 6; ++s) {
+            kept.PlayerLists[2][s] = ServerRec{};
+            if (s >= 4)
+                kept.PlayerLists[1][s] = ServerRec{};
         }
+        QCOMPARE(r.data, kept);
         // Cut at a record's end: noticed before the next read. Cut in the last
         // record of the last player: nothing to notice.
         r = PingList::read(bytes.left(20 + 15 + 6 * 73 + 15 + 2 * 73), earlier());
