@@ -53,8 +53,15 @@ struct Hops {
         window->Command7->click();
     }
     QStringList log() const { return window->lbReturn->Texts(); }
-    QString hopColumn(int row) const { return window->List1->List(row).mid(58, 7); }
-    qint32 hops(int k) const { return Mod().Servers[static_cast<size_t>(k)].Hops; }
+    QString hopColumn(int row) const { return window->List1->List(row).mid(58, 7); }  // columns 59-65
+    // The hop counts of records 1..ServerCount.
+    QList<qint32> hops() const
+    {
+        QList<qint32> list;
+        for (qint32 k = 1; k <= Mod().ServerCount; ++k)
+            list << Mod().Servers[static_cast<size_t>(k)].Hops;
+        return list;
+    }
     void verifyRestored() const
     {
         QCOMPARE(window->Statusbar->text(), QStringLiteral("Done..."));
@@ -85,11 +92,10 @@ private slots:
         h.window->Command6->setEnabled(true);
         h.run();
 
-        const ScriptedPrompter::Shown &asked = h.env.prompts.shown.value(0, {{}, {}, {}});
-        QCOMPARE(asked.kind, QStringLiteral("question"));
-        QCOMPARE(asked.text, QStringLiteral("This may take a long time.  Are you sure?"));
-        QCOMPARE(asked.title, QStringLiteral("Are you sure?"));
         QCOMPARE(h.env.prompts.shown.size(), 1);  // nothing else, whatever happens
+        const ScriptedPrompter::Shown &asked = h.env.prompts.shown[0];
+        QCOMPARE(QStringList({asked.kind, asked.text, asked.title}),
+                 QStringList({u"question"_s, u"This may take a long time.  Are you sure?"_s, u"Are you sure?"_s}));
 
         QCOMPARE(h.log(), (QStringList{QStringLiteral("Trace Route: Hop 1 127.0.60.1 time=10 ms."),
                                        QStringLiteral("Trace Route: Hop 1 127.0.61.1 time=5 ms."),
@@ -100,11 +106,10 @@ private slots:
         const QString a = QStringLiteral("127.0.60.1"), b = QStringLiteral("127.0.60.2");
         const QList<QPair<QString, int>> sent{{a, 1}, {b, 1}, {b, 2}, {b, 3}, {b, 4}};
         QCOMPARE(h.env.echo.sent, sent);
-        QCOMPARE(h.hopColumn(0), QStringLiteral(" -   1 "));
-        QCOMPARE(h.hopColumn(1), QStringLiteral(" -   4 "));
+        QCOMPARE(h.hopColumn(0), u" -   1 "_s);
+        QCOMPARE(h.hopColumn(1), u" -   4 "_s);
         QVERIFY(h.window->List1->List(0).endsWith(QStringLiteral(" 0/ 8")));
-        QCOMPARE(h.hops(1), 1);
-        QCOMPARE(h.hops(2), 4);
+        QCOMPARE(h.hops(), (QList<qint32>{1, 4}));
         QCOMPARE(h.window->txIPAddress->text(), QStringLiteral("127.0.60.2"));
         QVERIFY(h.window->lbHops->isVisible());
         h.verifyRestored();
@@ -148,8 +153,8 @@ private slots:
         for (const auto &s : h.env.echo.sent)
             ttls << s.second;
         QCOMPARE(ttls, (QList<int>{1, 2, 2, 3, 5}));
-        QCOMPARE(h.hops(1), 6);
-        QCOMPARE(h.hopColumn(0), QStringLiteral(" -   6 "));
+        QCOMPARE(h.hops(), QList<qint32>{6});
+        QCOMPARE(h.hopColumn(0), u" -   6 "_s);
     }
 
     // The bound is read after every probe; text that is no number counts as 0.
@@ -165,10 +170,9 @@ private slots:
             h.window->txTTL->setText(QLatin1String(text));
             h.run();
             QCOMPARE(h.env.echo.sent.size(), 2);  // one probe per server
-            QCOMPARE(h.hops(1), 1);
-            QCOMPARE(h.hops(2), 0);
-            QCOMPARE(h.hopColumn(0), QStringLiteral(" -   1 "));
-            QCOMPARE(h.hopColumn(1), QStringLiteral(" -     "));
+            QCOMPARE(h.hops(), (QList<qint32>{1, 0}));
+            QCOMPARE(h.hopColumn(0), u" -   1 "_s);
+            QCOMPARE(h.hopColumn(1), u" -     "_s);
             QCOMPARE(h.window->txTTL->text(), QLatin1String(text));
         }
         // Edited during the run: the trace stops once the counter passes the new value.
@@ -181,9 +185,8 @@ private slots:
                 h.window->txTTL->setText(QStringLiteral("2"));
         };
         h.run();
-        QCOMPARE(h.hops(1), 2);  // 127.0.60.4 only ever answers from a router
         QCOMPARE(h.env.echo.sent.value(2).first, QStringLiteral("127.0.60.5"));
-        QCOMPARE(h.hops(2), 1);
+        QCOMPARE(h.hops(), (QList<qint32>{2, 1}));  // 127.0.60.4 only ever answers from a router
     }
 
     // Each trace stores its count in the records of its own origin only; records of
@@ -197,25 +200,20 @@ private slots:
         h.add(40, "127.0.60.7", 27910, true, 9);
         h.env.echo.script[QStringLiteral("127.0.60.6")] = {arrives(), router("127.0.61.1"), arrives()};
         h.run();
-        QCOMPARE(h.hops(1), 1);  // the favorite row's trace
-        // Both web-list rows trace the address; the last trace (answered at once)
-        // sets both records, while the second row keeps the text of its own trace.
-        QCOMPARE(h.hops(2), 1);
-        QCOMPARE(h.hops(3), 1);
-        QCOMPARE(h.hops(4), 1);
+        // The favorite row's trace answers at once. Both web-list rows trace the
+        // address; the last trace (answered at once) sets both records, while the
+        // second row keeps the text of its own trace.
+        QCOMPARE(h.hops(), (QList<qint32>{1, 1, 1, 1}));
         QCOMPARE(h.window->List1->List(0).at(5), QChar(u'*'));
-        QCOMPARE(h.hopColumn(0), QStringLiteral(" -   1 "));
-        QCOMPARE(h.hopColumn(1), QStringLiteral(" -   2 "));
-        QCOMPARE(h.hopColumn(2), QStringLiteral(" -   1 "));  // its own trace answered at once
+        QCOMPARE(QStringList({h.hopColumn(0), h.hopColumn(1), h.hopColumn(2)}), QStringList({u" -   1 "_s, u" -   2 "_s, u" -   1 "_s}));
     }
 
     // Cancel ends the run after the server being traced, whose count is kept.
     void cancelDuringTheThirdOfFive()
     {
         Hops h;
-        const char *servers[] = {"127.0.60.11", "127.0.60.12", "127.0.60.13", "127.0.60.14", "127.0.60.15"};
-        for (int i = 0; i < 5; ++i)
-            h.add(10 * (i + 1), servers[i], 27910, false, 7);
+        for (int i = 1; i <= 5; ++i)
+            h.add(10 * i, qPrintable(u"127.0.60.1%1"_s.arg(i)), 27910, false, 7);
         h.env.echo.script[QStringLiteral("127.0.60.13")] = {router("127.0.61.1"), router("127.0.61.2"), router("127.0.61.3"),
                                                            arrives()};
         h.env.echo.onSend = [&h] {
@@ -225,14 +223,9 @@ private slots:
         const QStringList before = h.window->List1->Texts();
         h.run();
         QCOMPARE(h.env.echo.sent.size(), 4);
-        QCOMPARE(h.hops(1), 1);
-        QCOMPARE(h.hops(2), 1);
-        QCOMPARE(h.hops(3), 2);  // counter - 1 at the moment of the cancel
-        QCOMPARE(h.hopColumn(2), QStringLiteral(" -   2 "));
-        QCOMPARE(h.hops(4), 7);
-        QCOMPARE(h.hops(5), 7);
-        QCOMPARE(h.window->List1->List(3), before[3]);
-        QCOMPARE(h.window->List1->List(4), before[4]);
+        QCOMPARE(h.hops(), (QList<qint32>{1, 1, 2, 7, 7}));  // the third: counter - 1 at the moment of the cancel
+        QCOMPARE(h.hopColumn(2), u" -   2 "_s);
+        QCOMPARE(h.window->List1->Texts().mid(3), before.mid(3));
         h.verifyRestored();
     }
 };

@@ -19,19 +19,20 @@
 #include <QtTest>
 
 namespace {
-Demo::Server fake(const char *address, const QString &protocol, int delayMs = 0)
+// A game server on `address`:27910 that speaks `protocol`; null when it cannot start.
+std::unique_ptr<Demo::GameServer> fake(const char *address, const char *protocol, int delayMs = 0)
 {
     Demo::Server s;
     s.address = QHostAddress(QLatin1String(address));
-    s.port = 27910;
-    s.protocol = protocol;
+    s.protocol = QLatin1String(protocol);
     s.delayMs = delayMs;
     s.hostName = QStringLiteral("Test Server");
     s.map = QStringLiteral("q2dm1");
-    s.maxClients = 8;
     s.players = {{QStringLiteral("Vector"), 21, 38}, {QStringLiteral("Doc Holiday"), 3, 120},
                  {QStringLiteral("Mynx"), -2, 999}};
-    return s;
+    auto server = std::make_unique<Demo::GameServer>(s);
+    QString error;
+    return server->start(&error) ? std::move(server) : nullptr;
 }
 
 // A peer that answers every datagram with the bytes it is given.
@@ -58,65 +59,47 @@ private slots:
     {
         TestEnvironment env;
         auto w = newMainWindow();
-        struct Case { const char *address; QString protocol; QString version; int queries; };
-        const Case cases[] = {
-            {"127.0.10.1", QStringLiteral("31"), QStringLiteral("3.14"), 1},
-            {"127.0.10.2", QStringLiteral("33"), QStringLiteral("3.17"), 3},
-            {"127.0.10.3", QStringLiteral("34"), QStringLiteral("3.19"), 4},
-            {"127.0.10.4", QStringLiteral("none"), QStringLiteral("3.20"), 4},
-            {"127.0.10.5", QStringLiteral("32"), QStringLiteral("3.15"), 2},
-        };
-        for (const Case &c : cases) {
-            Demo::GameServer server(fake(c.address, c.protocol));
-            QString error;
-            QVERIFY2(server.start(&error), qPrintable(error));
+        struct Case { const char *address, *protocol, *version; int queries; };
+        for (const Case &c : {Case{"127.0.10.1", "31", "3.14", 1}, Case{"127.0.10.2", "33", "3.17", 3},
+                              Case{"127.0.10.3", "34", "3.19", 4}, Case{"127.0.10.4", "none", "3.20", 4},
+                              Case{"127.0.10.5", "32", "3.15", 2}}) {
+            const auto server = fake(c.address, c.protocol);
+            QVERIFY(server);
             const auto result = w->versionProbe(QString::fromLatin1(c.address), QStringLiteral("27910"));
-            QCOMPARE(result.version, c.version);
+            QCOMPARE(result.version, QLatin1String(c.version));
             QCOMPARE(Mod().QueryMode, 1);
-            QCOMPARE(server.received.size(), c.queries);
+            QCOMPARE(server->received.size(), c.queries);
             for (int i = 0; i < c.queries; ++i)
-                QCOMPARE(server.received[i], QByteArray("\xff\xff\xff\xffinfo 3") + QByteArray::number(i + 1));
-            if (c.protocol == QStringLiteral("none"))
-                QCOMPARE(result.infoLine, QStringLiteral("No data returned"));
-            else
-                QCOMPARE(result.infoLine, QStringLiteral("     Test Server    q2dm1  3/ 8"));
+                QCOMPARE(server->received[i], QByteArray("\xff\xff\xff\xffinfo 3") + QByteArray::number(i + 1));
+            QCOMPARE(result.infoLine, QLatin1String(c.protocol) == u"none" ? QStringLiteral("No data returned")
+                                                                            : QStringLiteral("     Test Server    q2dm1  3/ 8"));
         }
     }
 
-    void silentAndMalformedServers()
+    void silentMalformedAndLateServers()
     {
         TestEnvironment env;
         auto w = newMainWindow();
-        Demo::GameServer silent(fake("127.0.10.6", QStringLiteral("silent")));
-        Demo::GameServer broken(fake("127.0.10.7", QStringLiteral("nolf")));
-        QString error;
-        QVERIFY(silent.start(&error) && broken.start(&error));
+        const auto silent = fake("127.0.10.6", "silent"), broken = fake("127.0.10.7", "nolf");
+        const auto slow = fake("127.0.10.8", "34", 300);  // two ticks are 100 ms here
+        QVERIFY(silent && broken && slow);
         QElapsedTimer clock;
         clock.start();
         auto result = w->versionProbe(QStringLiteral("127.0.10.6"), QStringLiteral("27910"));
         QVERIFY(clock.elapsed() >= 90);  // waited out its two ticks
         QCOMPARE(result.version, QStringLiteral("3.14"));
         QCOMPARE(result.infoLine, QStringLiteral("No data returned"));
-        QCOMPARE(silent.received.size(), 1);
+        QCOMPARE(silent->received.size(), 1);
         result = w->versionProbe(QStringLiteral("127.0.10.7"), QStringLiteral("27910"));
         QCOMPARE(result.infoLine, QStringLiteral("Malformed data returned"));
         QCOMPARE(w->Timer1->interval(), 0);
-    }
 
-    void lateAnswerStaysUntilTheNextQuery()
-    {
-        TestEnvironment env;
-        auto w = newMainWindow();
-        Demo::GameServer slow(fake("127.0.10.8", QStringLiteral("34"), 300));  // two ticks are 100 ms here
-        QString error;
-        QVERIFY(slow.start(&error));
+        // A late answer stays until the next query.
         QVERIFY(w->query(QStringLiteral("127.0.10.8"), QStringLiteral("27910"), 4).isEmpty());
         QTRY_VERIFY(!Mod().LastReply.isEmpty());
         QVERIFY(Mod().LastReply.startsWith(QString(4, QChar(0xFF)) + QStringLiteral("info\n")));
         QCOMPARE(w->Text2->Text, Mod().LastReply);
-        Demo::GameServer silent(fake("127.0.10.9", QStringLiteral("silent")));
-        QVERIFY(silent.start(&error));
-        QVERIFY(w->query(QStringLiteral("127.0.10.9"), QStringLiteral("27910"), 1).isEmpty());
+        QVERIFY(w->query(QStringLiteral("127.0.10.6"), QStringLiteral("27910"), 1).isEmpty());
         QVERIFY(Mod().LastReply.isEmpty());
     }
 
@@ -172,9 +155,8 @@ private slots:
         w->Command6_Click();
         QCOMPARE(env.prompts.texts(), QStringList{QStringLiteral("Pick a server from the list first.")});
 
-        Demo::GameServer server(fake("127.0.10.11", QStringLiteral("34")));
-        QString error;
-        QVERIFY(server.start(&error));
+        const auto server = fake("127.0.10.11", "34");
+        QVERIFY(server);
         ServerRec rec;
         rec.Address = DottedToAddress(QStringLiteral("127.0.10.11"));
         rec.Port = 27910;
@@ -184,7 +166,7 @@ private slots:
         QVERIFY(w->Command6->isEnabled());  // a click on a row enables it when no run is going
         w->move(0, 0);  // Server Info opens in the middle of the screen, not of the main window
         QTest::mouseClick(w->Command6, Qt::LeftButton);
-        QCOMPARE(server.received.last(), QByteArray("\xff\xff\xff\xffstatus"));
+        QCOMPARE(server->received.last(), QByteArray("\xff\xff\xff\xffstatus"));
         QCOMPARE(Mod().QueryMode, 99);
         QCOMPARE(w->txIPAddress->text(), QStringLiteral("127.0.10.11"));
         auto *info = w->findChild<frmServinfo *>(QStringLiteral("frmServinfo"));

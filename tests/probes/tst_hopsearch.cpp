@@ -32,25 +32,6 @@ QList<int> trace(HopSearch &search, const QList<Probe> &probes, qint64 bound, QS
 class TestHopSearch : public QObject {
     Q_OBJECT
 private slots:
-    void routersThenTheServer()
-    {
-        HopSearch search(kServer, 5);
-        QStringList lines;
-        const QList<int> ttls = trace(search, {{true, router(1), 0}, {true, router(2), 1}, {true, router(3), 1},
-                                               {true, kServer, 2}, {true, kServer, 2}}, 90, &lines);
-        QCOMPARE(ttls, (QList<int>{1, 2, 3, 4}));
-        QCOMPARE(search.hops(), 4);
-        QVERIFY(search.reached() && search.lastAnswered());
-        QCOMPARE(lines, (QStringList{QStringLiteral("Trace Route: Hop 1 127.0.41.1 time=7 ms."),
-                                     QStringLiteral("Trace Route: Hop 2 127.0.41.2 time=7 ms."),
-                                     QStringLiteral("Trace Route: Hop 3 127.0.41.3 time=7 ms."),
-                                     QStringLiteral("Trace Route: Hop 4 127.0.40.9 time=7 ms.")}));
-
-        HopSearch first(kServer, 5);
-        QCOMPARE(trace(first, {{true, kServer, 0}, {true, kServer, 0}}, 90), QList<int>{1});
-        QCOMPARE(first.hops(), 1);
-    }
-
     // A silent router is tried again with the same time-to-live until the ticks
     // pass the limit; from then on every probe also counts one silent hop.
     void tickRuleStepsOverSilence()
@@ -67,6 +48,7 @@ private slots:
                                      QStringLiteral("Trace Route: Hop 5 127.0.40.9 time=7 ms."),
                                      QStringLiteral("Trace Route: Hop 6 *.*.*.* time=*** ms.")}));
         QCOMPARE(search.hops(), 6);  // the last pass ran both rules
+        QVERIFY(search.reached() && search.lastAnswered());
 
         // The matcher's limit of 15 lets the same silence be retried longer.
         HopSearch patient(kServer, 15);

@@ -49,15 +49,17 @@ private slots:
     {
         const quint32 me = 0x7F000001, server = 0x7F000002, router = 0x0A000001;
         const QByteArray request = IcmpPacket::echoRequest(0x1234, 7, kPayload);
-        const QByteArray reply = withType(request, 0, 0);
+        // What the raw socket reads for `icmp` from `source` to `destination`, as an answer to our request 7.
+        const auto parse = [&](quint32 source, quint32 destination, int ttl, const QByteArray &icmp) {
+            return IcmpPacket::parseRaw(ipHeader(source, destination, ttl, int(icmp.size())) + icmp, 0x1234, 7, server);
+        };
+        // Our own request, seen on loopback, is not an answer; nor are another
+        // program's reply and a reply to an older request.
+        QVERIFY(!parse(me, server, 64, request));
+        QVERIFY(!parse(server, me, 64, withType(IcmpPacket::echoRequest(0x9999, 7, kPayload), 0, 0)));
+        QVERIFY(!parse(server, me, 64, withType(IcmpPacket::echoRequest(0x1234, 6, kPayload), 0, 0)));
 
-        // Our own request, seen on loopback, is not an answer.
-        QVERIFY(!IcmpPacket::parseRaw(ipHeader(me, server, 64, request.size()) + request, 0x1234, 7, server));
-        // Another program's reply, and a reply to an older request.
-        QVERIFY(!IcmpPacket::parseRaw(ipHeader(server, me, 64, 37) + withType(IcmpPacket::echoRequest(0x9999, 7, kPayload), 0, 0), 0x1234, 7, server));
-        QVERIFY(!IcmpPacket::parseRaw(ipHeader(server, me, 64, 37) + withType(IcmpPacket::echoRequest(0x1234, 6, kPayload), 0, 0), 0x1234, 7, server));
-
-        const auto answer = IcmpPacket::parseRaw(ipHeader(server, me, 61, reply.size()) + reply, 0x1234, 7, server);
+        const auto answer = parse(server, me, 61, withType(request, 0, 0));
         QVERIFY(answer);
         QCOMPARE(answer->status, 0u);
         QCOMPARE(answer->from, server);
@@ -65,16 +67,13 @@ private slots:
         QCOMPARE(answer->ttl, 61);
 
         // A router's "time exceeded" quotes our request: the router answers with 11013.
-        const QByteArray quoted = ipHeader(me, server, 1, request.size()) + request.left(8);
-        QByteArray exceeded(8, '\0');
-        exceeded = withType(exceeded, 11, 0) + quoted;
-        const auto hop = IcmpPacket::parseRaw(ipHeader(router, me, 255, exceeded.size()) + exceeded, 0x1234, 7, server);
+        const QByteArray exceeded = withType(QByteArray(8, '\0'), 11, 0);
+        const auto hop = parse(router, me, 255, exceeded + ipHeader(me, server, 1, int(request.size())) + request.left(8));
         QVERIFY(hop);
         QCOMPARE(hop->status, 11013u);
         QCOMPARE(hop->from, router);
         // ... but not when it quotes a request to someone else.
-        const QByteArray other = withType(QByteArray(8, '\0'), 11, 0) + ipHeader(me, 0x7F000009, 1, 37) + request.left(8);
-        QVERIFY(!IcmpPacket::parseRaw(ipHeader(router, me, 255, other.size()) + other, 0x1234, 7, server));
+        QVERIFY(!parse(router, me, 255, exceeded + ipHeader(me, 0x7F000009, 1, 37) + request.left(8)));
     }
 
     void truncatedAndHostilePacketsAreIgnored()
@@ -89,17 +88,9 @@ private slots:
         QVERIFY(!IcmpPacket::parseRaw(badLength, 0, 0, 0));
     }
 
-    void badDestinationNeverLeavesTheMachine()
-    {
-        LinuxIcmpEcho echo;
-        EchoReply reply;
-        QCOMPARE(echo.sendEcho(0, kPayload, 90, 200, reply), 0);
-        QCOMPARE(reply.Status, 11018u);
-    }
-
+    // Sockets refused at first, allowed later (sysctl or setcap while the program runs).
     void deniedSocketsAreTriedAgain()
     {
-        // Sockets refused at first, allowed later (sysctl or setcap while the program runs).
         struct Gated : LinuxIcmpEcho {
             bool allowed = false;
             int opened = 0;
@@ -114,13 +105,13 @@ private slots:
             }
         } echo;
         EchoReply reply;
+        QCOMPARE(echo.sendEcho(0, kPayload, 90, 200, reply), 0);  // no address: refused before any socket
+        QCOMPARE(reply.Status, 11018u);
+        QCOMPARE(echo.opened, 0);
         QCOMPARE(echo.sendEcho(DottedToAddress(QStringLiteral("127.0.0.1")), kPayload, 90, 200, reply), 0);
         QCOMPARE(reply.Status, 11050u);
-        const QString advice = echo.unavailableReason();
-        QVERIFY(advice.contains(QStringLiteral("net.ipv4.ping_group_range")));
-        QVERIFY(advice.contains(QStringLiteral("no restart")));
-        QVERIFY(advice.contains(QStringLiteral("setcap cap_net_raw+ep")));
-        QVERIFY(advice.contains(QStringLiteral("started again")));
+        for (const char *advice : {"net.ipv4.ping_group_range", "no restart", "setcap cap_net_raw+ep", "started again"})
+            QVERIFY2(echo.unavailableReason().contains(QLatin1String(advice)), advice);
         QCOMPARE(echo.socketKind(), QString());
         echo.allowed = true;
         QCOMPARE(echo.socketKind(), QStringLiteral("ping"));
