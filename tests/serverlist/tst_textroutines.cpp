@@ -82,14 +82,10 @@ private slots:
     {
         struct Case { const char *entry, *host, *port; bool name; };
         const Case cases[] = {
-            {"1.2.3.4:27920", "1.2.3.4", "27920", false},
-            {"1.2.3.4", "1.2.3.4", "27910", false},
-            {"Q2Server:27910", "q2server", "27910", true},
-            {"3dserver", "3dserver", "27910", false},
-            {"1.2.3.4:", "1.2.3.4", "", false},
-            {"", "", "27910", false},
-            {"host:1:2", "host", "1:2", true},
-            {"Zed", "zed", "27910", true},
+            {"1.2.3.4:27920", "1.2.3.4", "27920", false}, {"1.2.3.4", "1.2.3.4", "27910", false},
+            {"Q2Server:27910", "q2server", "27910", true}, {"3dserver", "3dserver", "27910", false},
+            {"1.2.3.4:", "1.2.3.4", "", false},            {"", "", "27910", false},
+            {"host:1:2", "host", "1:2", true},             {"Zed", "zed", "27910", true},
             {"_under", "_under", "27910", false},
         };
         for (const Case &c : cases) {

@@ -71,19 +71,6 @@ private slots:
         QCOMPARE(env.prompts.texts(), QStringList{QStringLiteral("not available yet")});
     }
 
-    void sortedListKeepsItemData()
-    {
-        TestEnvironment env;
-        auto w = newMainWindow();
-        int data = 0;
-        for (const char *text : {"045 - b", "045 - A", "012 - z"})
-            w->List1->SetItemData(w->List1->AddItem(QLatin1String(text)), ++data);
-        QCOMPARE(w->List1->Texts(), (QStringList{QStringLiteral("012 - z"), QStringLiteral("045 - A"),
-                                                 QStringLiteral("045 - b")}));
-        QCOMPARE((QList<int>{w->List1->ItemData(0), w->List1->ItemData(1), w->List1->ItemData(2)}), (QList<int>{3, 2, 1}));
-        QCOMPARE(w->List1->ListIndex(), -1);
-    }
-
     void listClickRule()
     {
         // Server Info follows every click on List1: enabled only when no run goes or Cancel was pressed.
