@@ -6,7 +6,6 @@
 #include "shell/pulseboxmod.h"
 #include "shell/serverrow.h"
 #include "shell/vblist.h"
-#include "shell/waiting.h"
 
 #include <QAccessible>
 #include <QAction>
@@ -15,7 +14,6 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
-#include <QTcpServer>
 #include <QtTest>
 
 namespace {
@@ -146,9 +144,7 @@ private slots:
 
         const PulseboxMod &mod = Mod();
         QCOMPARE(mod.ServerCount, 6);
-        QCOMPARE(mod.Servers.size(), size_t(8));
-        QVERIFY(mod.Servers[0] == ServerRec{});
-        QVERIFY(mod.Servers[7] == ServerRec{});
+        QVERIFY(mod.Servers[0] == ServerRec{});  // row data 0 names no server
         const auto record = [](const char *address, int port, int ping, const char *name, const char *version, bool fav) {
             ServerRec rec;
             rec.Address = DottedToAddress(QLatin1String(address));
