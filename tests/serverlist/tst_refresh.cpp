@@ -222,6 +222,7 @@ private slots:
         QObject::connect(&watcher, &QTimer::timeout, [&] {
             if (r.env.echo.sent.size() == 3 && r.window->Command1->isEnabled() && Mod().CancelRequested == 0) {
                 QVERIFY(!r.window->close());  // refused while the refresh runs
+                r.window->mnuExit->trigger();  // Exit goes through the same rule
                 refusedSeen = r.window->isVisible();
                 QTest::mouseClick(r.window->Command1, Qt::LeftButton);
             }
