@@ -26,12 +26,12 @@ struct Run {
     QByteArray out, err;
 };
 
-// Runs the tool with space-separated arguments while this thread's event loop serves the demo network.
-Run runTool(const QString &arguments)
+// Runs the tool while this thread's event loop serves the demo network.
+Run runTool(const QStringList &arguments)
 {
     QProcess process;
     QSignalSpy done(&process, &QProcess::finished);
-    process.start(QStringLiteral(PULSEBOX_QUERY), arguments.split(u' ', Qt::SkipEmptyParts));
+    process.start(QStringLiteral(PULSEBOX_QUERY), arguments);
     Run run;
     if (!done.wait(60000)) {
         process.kill();
@@ -43,6 +43,9 @@ Run runTool(const QString &arguments)
     run.err = process.readAllStandardError();
     return run;
 }
+
+// Space-separated arguments, none of which holds a space.
+Run runTool(const QString &arguments) { return runTool(arguments.split(u' ', Qt::SkipEmptyParts)); }
 
 bool start(Demo::Network &network, const QList<Demo::Server> &servers, const QStringList &listLines = {})
 {
@@ -102,7 +105,8 @@ private slots:
         fav.write("127.0.13.1\r\nmine\r\n");
         list.close();
         fav.close();
-        const Run rows = runTool(QStringLiteral("--file %1 --favorites %2 --timeout 600").arg(list.fileName(), fav.fileName()));
+        const Run rows = runTool(QStringList{QStringLiteral("--file"), list.fileName(), QStringLiteral("--favorites"),
+                                              fav.fileName(), QStringLiteral("--timeout"), QStringLiteral("600")});
         QCOMPARE(rows.exitCode, 0);
         QCOMPARE(rows.out.count('\n'), 2);
         QVERIFY(rows.out.contains("Query Two") && rows.out.contains("Query One"));
