@@ -7,6 +7,7 @@
 
 #include <csignal>
 #include <sys/resource.h>
+#include <utility>
 
 class TestFavFile : public QObject {
     Q_OBJECT
@@ -30,8 +31,7 @@ private slots:
                                                                {QStringLiteral("b"), QString()}}));
         QCOMPARE(FavFile::parse("a\nA\rb\r\n\r\n"), (QList<Favorite>{{QStringLiteral("a"), QStringLiteral("A")},
                                                                    {QStringLiteral("b"), QString()}}));
-        QCOMPARE(FavFile::parse("\xff\x80\r\n  x  \r\n").first().address, QStringLiteral("\u00ff\u20ac"));
-        QCOMPARE(FavFile::parse("\xff\x80\r\n  x  \r\n").first().description, QStringLiteral("  x  "));
+        QCOMPARE(FavFile::parse("\xff\x80\r\n  x  \r\n"), (QList<Favorite>{{QStringLiteral("\u00ff\u20ac"), QStringLiteral("  x  ")}}));
     }
 
     void textOutsideTheCodePageRoundTrips()
@@ -61,40 +61,35 @@ private slots:
     {
         QTemporaryDir dir;
         const QString path = dir.filePath(FavFile::kName);
+        const auto contents = [&] {
+            QFile file(path);
+            return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
+        };
         QString error;
         QVERIFY(WriteFileAtomically(path, "old\r\nfile\r\n", &error));
         QFile::setPermissions(dir.path(), QFile::ReadOwner | QFile::ExeOwner);
-        const bool writable = QFileInfo(dir.path()).isWritable();  // root writes anyway
-        if (!writable) {
-            QVERIFY(!WriteFileAtomically(path, "new", &error));
-            QVERIFY(!error.isEmpty());
-        }
+        if (!QFileInfo(dir.path()).isWritable())  // root writes anyway
+            QVERIFY(!WriteFileAtomically(path, "new", &error) && !error.isEmpty());
         QFile::setPermissions(dir.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        {
-            // A full disk: no file may grow past 4 bytes, whoever we are.
-            std::signal(SIGXFSZ, SIG_IGN);
-            rlimit limit{};
-            getrlimit(RLIMIT_FSIZE, &limit);
-            const rlim_t previous = limit.rlim_cur;
-            limit.rlim_cur = 4;
-            setrlimit(RLIMIT_FSIZE, &limit);
-            const bool ok = WriteFileAtomically(path, "a longer new file\r\n", &error);
-            limit.rlim_cur = previous;
-            setrlimit(RLIMIT_FSIZE, &limit);
-            QVERIFY(!ok);
-            QVERIFY(!error.isEmpty());
-        }
-        // A path whose folder does not exist fails cleanly too.
-        QVERIFY(!WriteFileAtomically(dir.filePath(QStringLiteral("missing/x.fav")), "new", &error));
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QCOMPARE(file.readAll(), QByteArray("old\r\nfile\r\n"));
+
+        // A full disk: no file may grow past 4 bytes, whoever we are.
+        std::signal(SIGXFSZ, SIG_IGN);
+        rlimit limit{};
+        getrlimit(RLIMIT_FSIZE, &limit);
+        const rlim_t previous = std::exchange(limit.rlim_cur, 4);
+        setrlimit(RLIMIT_FSIZE, &limit);
+        error.clear();
+        const bool written = WriteFileAtomically(path, "a longer new file\r\n", &error);
+        limit.rlim_cur = previous;
+        setrlimit(RLIMIT_FSIZE, &limit);
+        QVERIFY(!written && !error.isEmpty());
+
+        QVERIFY(!WriteFileAtomically(dir.filePath(QStringLiteral("missing/x.fav")), "new", &error));  // no such folder
+        QCOMPARE(contents(), QByteArray("old\r\nfile\r\n"));
         QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList{FavFile::kName});  // no leftovers
         QVERIFY(WriteFileAtomically(path, "new\r\n", &error));
         QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList{FavFile::kName});
-        QFile again(path);
-        QVERIFY(again.open(QIODevice::ReadOnly));
-        QCOMPARE(again.readAll(), QByteArray("new\r\n"));
+        QCOMPARE(contents(), QByteArray("new\r\n"));
     }
 };
 

@@ -36,11 +36,6 @@ frmFavorites *openEditor(frmPulsebox &w)
     return w.findChild<frmFavorites *>(QStringLiteral("frmFavorites"));
 }
 
-frmAddFav *openDialog(frmFavorites *editor)
-{
-    return editor->findChild<frmAddFav *>(QStringLiteral("frmAddFav"));
-}
-
 void selectRow(VbList *list, int row) { list->SetListIndex(row); }
 
 QStringList linkedDescriptions(const VbList *addresses, const VbList *descriptions)
@@ -53,11 +48,11 @@ QStringList linkedDescriptions(const VbList *addresses, const VbList *descriptio
 
 const QByteArray kThree = "127.0.1.1:27910\r\nFirst\r\n127.0.2.2\r\nSecond\r\nhost.example:27911\r\nThird  \r\n";
 
-// The main window with three favorites loaded from the file, and the editor open.
+// The main window with the favorites of `file` loaded, and the editor open.
 struct Editing {
-    Editing()
+    explicit Editing(const QByteArray &file = kThree)
     {
-        writeFile(FavFile::kName, kThree);
+        writeFile(FavFile::kName, file);
         w->loadFavorites();
         editor = openEditor(*w);
     }
@@ -66,7 +61,24 @@ struct Editing {
         selectRow(editor->List1, row);
         QTest::mouseClick(editor->Delete, Qt::LeftButton);
     }
-    bool editorOpen() const { return w->findChild<frmFavorites *>(QStringLiteral("frmFavorites")); }
+    frmAddFav *dialog() const { return editor->findChild<frmAddFav *>(QStringLiteral("frmAddFav")); }
+    frmAddFav *modify(int row)
+    {
+        selectRow(editor->List1, row);
+        QTest::mouseClick(editor->cmModify, Qt::LeftButton);
+        return dialog();
+    }
+    // Clicks a button of the Add or Modify dialog, which closes it.
+    bool closeDialogWith(QPushButton *frmAddFav::*button)
+    {
+        QTest::mouseClick(dialog()->*button, Qt::LeftButton);
+        return QTest::qWaitFor([this] { return !dialog(); });
+    }
+    bool closeEditorWith(QPushButton *button)
+    {
+        QTest::mouseClick(button, Qt::LeftButton);
+        return QTest::qWaitFor([this] { return !w->findChild<frmFavorites *>(QStringLiteral("frmFavorites")); });
+    }
 
     TestEnvironment env;
     std::unique_ptr<frmPulsebox> w = newMainWindow();
@@ -92,13 +104,13 @@ private slots:
         selectRow(w->List1, 0);
         w->cmAddFav_Click();
         const QByteArray first = "127.0.18.1:27910\r\nPulse Arena" + QByteArray(39, ' ') + "\r\n";
-        QCOMPARE(readFile(QStringLiteral("Pulsebox.fav")), first);
+        QCOMPARE(readFile(FavFile::kName), first);
         selectRow(w->List1, 1);
         w->cmAddFav_Click();
         const QByteArray second = "127.0.18.2\r\n" + QByteArray(50, '\0') + "\r\n";
-        QCOMPARE(readFile(QStringLiteral("Pulsebox.fav")), first + second);
+        QCOMPARE(readFile(FavFile::kName), first + second);
         w->cmAddFav_Click();  // no mark on the row: the same server again
-        QCOMPARE(readFile(QStringLiteral("Pulsebox.fav")), first + second + second);
+        QCOMPARE(readFile(FavFile::kName), first + second + second);
 
         selectRow(w->List1, 2);
         w->cmAddFav_Click();
@@ -115,50 +127,40 @@ private slots:
             w->cmAddFav_Click();
         }
         QVERIFY(env.prompts.texts().last().startsWith(QStringLiteral("Could not save the favorites to Pulsebox.fav")));
-        QCOMPARE(readFile(QStringLiteral("Pulsebox.fav")), first + second + second);
+        QCOMPARE(readFile(FavFile::kName), first + second + second);
         QCOMPARE(w->lbFav->ListCount(), 3);
     }
 
     void loadEditAndClose()
     {
         Editing e;
-        const auto &w = e.w;
         frmFavorites *editor = e.editor;
-        QCOMPARE(w->lbFavDesc->Texts(), (QStringList{QStringLiteral("First"), QStringLiteral("Second"), QStringLiteral("Third  ")}));
+        QCOMPARE(e.w->lbFavDesc->Texts(), (QStringList{QStringLiteral("First"), QStringLiteral("Second"), QStringLiteral("Third  ")}));
         QVERIFY(editor && editor->isVisible());
         QCOMPARE(editor->windowTitle(), QStringLiteral("Favorites"));
-        QCOMPARE(editor->List1->Texts(), w->lbFav->Texts());
+        QCOMPARE(editor->List1->Texts(), e.w->lbFav->Texts());
         QVERIFY(editor->List2->isHidden());
 
         e.deleteRow(1);  // the second of three
-
-        selectRow(editor->List1, 0);
-        QTest::mouseClick(editor->cmModify, Qt::LeftButton);
-        frmAddFav *dialog = openDialog(editor);
-        QVERIFY(dialog && dialog->isVisible() && dialog->isWindowModified() == false && dialog->windowModality() == Qt::ApplicationModal);
+        frmAddFav *dialog = e.modify(0);
+        QVERIFY(dialog && dialog->isVisible() && dialog->windowModality() == Qt::ApplicationModal);
         QCOMPARE(dialog->windowTitle(), QStringLiteral("Modify Favorite"));
         QCOMPARE(dialog->cmdAdd->text(), QStringLiteral("Save"));
         QCOMPARE(dialog->txtServer->text(), QStringLiteral("127.0.1.1:27910"));
         QCOMPARE(dialog->txtServerDesc->text(), QStringLiteral("First"));
         dialog->txtServer->setText(QStringLiteral(" 127.0.1.1:27999 "));
-        QTest::mouseClick(dialog->cmdAdd, Qt::LeftButton);
-        QTRY_VERIFY(!openDialog(editor));
+        QVERIFY(e.closeDialogWith(&frmAddFav::cmdAdd));
 
-        selectRow(editor->List1, 0);  // the third one, now first
-        QTest::mouseClick(editor->cmModify, Qt::LeftButton);
-        dialog = openDialog(editor);
+        dialog = e.modify(0);  // the third one, now first
         QCOMPARE(dialog->txtServerDesc->text(), QStringLiteral("Third  "));
         dialog->txtServer->setText(QStringLiteral("changed and dropped"));
-        QTest::mouseClick(dialog->cmdCancel, Qt::LeftButton);
-        QTRY_VERIFY(!openDialog(editor));
+        QVERIFY(e.closeDialogWith(&frmAddFav::cmdCancel));
 
         QCOMPARE(editor->List1->Texts(), (QStringList{QStringLiteral(" 127.0.1.1:27999 "), QStringLiteral("host.example:27911")}));
-        QTest::mouseClick(editor->cmClose, Qt::LeftButton);
-        QTRY_VERIFY(!e.editorOpen());
-        QCOMPARE(readFile(QStringLiteral("Pulsebox.fav")),
-                 QByteArray(" 127.0.1.1:27999 \r\nFirst\r\nhost.example:27911\r\nThird  \r\n"));
-        QCOMPARE(w->lbFav->Texts(), (QStringList{QStringLiteral(" 127.0.1.1:27999 "), QStringLiteral("host.example:27911")}));
-        QCOMPARE(linkedDescriptions(w->lbFav, w->lbFavDesc), (QStringList{QStringLiteral("First"), QStringLiteral("Third  ")}));
+        QVERIFY(e.closeEditorWith(editor->cmClose));
+        QCOMPARE(readFile(FavFile::kName), QByteArray(" 127.0.1.1:27999 \r\nFirst\r\nhost.example:27911\r\nThird  \r\n"));
+        QCOMPARE(e.w->lbFav->Texts(), (QStringList{QStringLiteral(" 127.0.1.1:27999 "), QStringLiteral("host.example:27911")}));
+        QCOMPARE(linkedDescriptions(e.w->lbFav, e.w->lbFavDesc), (QStringList{QStringLiteral("First"), QStringLiteral("Third  ")}));
     }
 
     void addManuallyAndDialogClosedByItsWindowControl()
@@ -166,19 +168,16 @@ private slots:
         Editing e;
         frmFavorites *editor = e.editor;
         QTest::mouseClick(editor->Manually, Qt::LeftButton);
-        frmAddFav *dialog = openDialog(editor);
+        frmAddFav *dialog = e.dialog();
         QCOMPARE(dialog->windowTitle(), QStringLiteral("Add Favorite"));
         QCOMPARE(dialog->cmdAdd->text(), QStringLiteral("Add"));
         QCOMPARE(dialog->txtServerDesc->maxLength(), 50);
         QTest::keyClicks(dialog->txtServer, QStringLiteral("127.0.9.9:27910"));
         QTest::keyClicks(dialog->txtServerDesc, QString(60, u'd'));
-        QTest::mouseClick(dialog->cmdAdd, Qt::LeftButton);
-        QTRY_VERIFY(!openDialog(editor));
+        QVERIFY(e.closeDialogWith(&frmAddFav::cmdAdd));
 
-        selectRow(editor->List1, 0);
-        QTest::mouseClick(editor->cmModify, Qt::LeftButton);
-        openDialog(editor)->close();  // the window's own close control: acts as Cancel
-        QTRY_VERIFY(!openDialog(editor));
+        e.modify(0)->close();  // the window's own close control: acts as Cancel
+        QTRY_VERIFY(!e.dialog());
         QCOMPARE(editor->List1->Texts(), (QStringList{QStringLiteral("127.0.2.2"), QStringLiteral("host.example:27911"),
                                                       QStringLiteral("127.0.9.9:27910"), QStringLiteral("127.0.1.1:27910")}));
         QCOMPARE(linkedDescriptions(editor->List1, editor->List2),
@@ -190,29 +189,21 @@ private slots:
     void modifyKeepsALongDescription()
     {
         // A hand-edited file may hold more than the box lets anyone type.
-        const QString longDesc = QString(45, u'x') + QStringLiteral("- 60 characters");
-        TestEnvironment env;
-        writeFile(FavFile::kName, "127.0.1.1\r\n" + longDesc.toLatin1() + "\r\n");
-        auto w = newMainWindow();
-        w->loadFavorites();
-        frmFavorites *editor = openEditor(*w);
-        selectRow(editor->List1, 0);
-        QTest::mouseClick(editor->cmModify, Qt::LeftButton);
-        frmAddFav *dialog = openDialog(editor);
+        const QByteArray file = "127.0.1.1\r\n" + QByteArray(45, 'x') + "- 60 characters\r\n";
+        Editing e(file);
+        frmAddFav *dialog = e.modify(0);
+        const QString longDesc = QString::fromLatin1(file.mid(11, 60));
         QCOMPARE(dialog->txtServerDesc->text(), longDesc);
         dialog->txtServerDesc->end(false);
         QTest::keyClicks(dialog->txtServerDesc, QStringLiteral("y"));  // typing stays limited
         QTest::keyClick(dialog->txtServerDesc, Qt::Key_Backspace);
         QTest::keyClicks(dialog->txtServerDesc, QStringLiteral("z"));
         QCOMPARE(dialog->txtServerDesc->text(), longDesc.chopped(1));
-        QTest::mouseClick(dialog->cmdCancel, Qt::LeftButton);
-        QTRY_VERIFY(!openDialog(editor));
-        selectRow(editor->List1, 0);
-        QTest::mouseClick(editor->cmModify, Qt::LeftButton);
-        QTest::mouseClick(openDialog(editor)->cmdAdd, Qt::LeftButton);
-        QTRY_VERIFY(!openDialog(editor));
-        QTest::mouseClick(editor->cmClose, Qt::LeftButton);
-        QCOMPARE(readFile(FavFile::kName), "127.0.1.1\r\n" + longDesc.toLatin1() + "\r\n");
+        QVERIFY(e.closeDialogWith(&frmAddFav::cmdCancel));
+        e.modify(0);
+        QVERIFY(e.closeDialogWith(&frmAddFav::cmdAdd));
+        QVERIFY(e.closeEditorWith(e.editor->cmClose));
+        QCOMPARE(readFile(FavFile::kName), file);
     }
 
     void cancelKeepsFileAndLists()
@@ -220,16 +211,14 @@ private slots:
         Editing e;
         for (int i = 0; i < 3; ++i)
             e.deleteRow(0);
-        QTest::mouseClick(e.editor->Cancel, Qt::LeftButton);
-        QTRY_VERIFY(!e.editorOpen());
+        QVERIFY(e.closeEditorWith(e.editor->Cancel));
         QCOMPARE(readFile(FavFile::kName), kThree);
         QCOMPARE(e.w->lbFav->ListCount(), 3);
 
         e.editor = openEditor(*e.w);  // Close with nothing left: an empty file
         for (int i = 0; i < 3; ++i)
             e.deleteRow(0);
-        QTest::mouseClick(e.editor->cmClose, Qt::LeftButton);
-        QTRY_VERIFY(!e.editorOpen());
+        QVERIFY(e.closeEditorWith(e.editor->cmClose));
         QCOMPARE(readFile(FavFile::kName), QByteArray());
         QCOMPARE(e.w->lbFav->ListCount(), 0);
         QCOMPARE(e.w->lbFavDesc->ListCount(), 0);
@@ -245,35 +234,28 @@ private slots:
         }
         QVERIFY(e.editor->isVisible());
         QVERIFY(e.env.prompts.texts().last().contains(QStringLiteral("left as it was")));
+        QCOMPARE(e.env.prompts.shown.last().icon, Prompter::Icon::Warning);
         QCOMPARE(readFile(FavFile::kName), kThree);
         QCOMPARE(e.w->lbFav->ListCount(), 3);
         QTest::mouseClick(e.editor->cmClose, Qt::LeftButton);
         QCOMPARE(e.w->lbFav->ListCount(), 2);
     }
 
-    void oddAndDamagedFilesLoad()
+    void oversizedFilesLoadInPart()
     {
         TestEnvironment env;
-        writeFile(QStringLiteral("Pulsebox.fav"), QByteArray("a\r\nA\r\nb"));
         auto w = newMainWindow();
-        w->loadFavorites();
-        QCOMPARE(w->lbFav->Texts(), (QStringList{QStringLiteral("a"), QStringLiteral("b")}));
-        QCOMPARE(linkedDescriptions(w->lbFav, w->lbFavDesc), (QStringList{QStringLiteral("A"), QString()}));
-        QCOMPARE(w->lbFav->ItemData(1), 1);
-
         // A huge count is cut at the largest list the program keeps, with a word why.
         QByteArray many;
         for (int i = 0; i < 40000; ++i)
             many += "127.0.0.1\r\nx\r\n";
-        writeFile(QStringLiteral("Pulsebox.fav"), many);
-        w->lbFav->Clear();
-        w->lbFavDesc->Clear();
+        writeFile(FavFile::kName, many);
         w->loadFavorites();
         QCOMPARE(w->lbFav->ListCount(), 32767);
         QCOMPARE(env.prompts.texts().last(), QStringLiteral("The favorites file holds 40000 favorites; the first 32767 were loaded."));
 
         // A file too large to be a favorites file is neither loaded nor appended to.
-        writeFile(QStringLiteral("Pulsebox.fav"), QByteArray(17 * 1024 * 1024, 'x'));
+        writeFile(FavFile::kName, QByteArray(17 * 1024 * 1024, 'x'));
         w->lbFav->Clear();
         w->loadFavorites();
         QCOMPARE(w->lbFav->ListCount(), 0);

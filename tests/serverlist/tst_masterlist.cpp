@@ -11,8 +11,6 @@ QByteArray bytes(const char *text, qsizetype size) { return QByteArray(text, siz
 class TestMasterList : public QObject {
     Q_OBJECT
 private slots:
-    void queryIsTheSevenBytes() { QCOMPARE(queryDatagram(), bytes("query\n\0", 7)); }
-
     void recordsInNetworkOrder()
     {
         // 127.0.0.2:27910 and 10.20.30.40:27911, with and without the 0xFF prefix.
