@@ -9,19 +9,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 dir=${1:-build}
 
-scripts/setup.sh
-tools=(dpkg-dev desktop-file-utils libcap2-bin)
-missing=()
-for p in "${tools[@]}"; do
-    dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "ok installed" || missing+=("$p")
-done
-if [ ${#missing[@]} -gt 0 ]; then
-    as_root=()
-    [ "$(id -u)" -eq 0 ] || as_root=(sudo)
-    echo "Installing: ${missing[*]}" >&2
-    "${as_root[@]}" apt-get update -qq
-    DEBIAN_FRONTEND=noninteractive "${as_root[@]}" apt-get install -y -qq "${missing[@]}" >/dev/null
-fi
+scripts/setup.sh dpkg-dev desktop-file-utils >&2
 
 scripts/build.sh "$dir" >&2
 version=$(sed -n 's/^project(Pulsebox VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
