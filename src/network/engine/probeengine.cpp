@@ -19,7 +19,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 constexpr qint64 kMs = 1000000;
-const QString kEchoPayload = QStringLiteral("Server please echo this back.");
 }
 
 struct ProbeEngine::Server {
@@ -454,7 +453,7 @@ void ProbeEngine::pump()
     const double burst = std::max(1.0, settings_.rate / 200.0);
     tokens_ = std::min(burst, tokens_ + static_cast<double>(now - lastRefillNs_) * settings_.rate / 1e9);
     lastRefillNs_ = now;
-    const QByteArray payload = WireText::toBytes(kEchoPayload);
+    const QByteArray payload = WireText::toBytes(EchoRequestText);
     while (running_ && queueHead_ < queue_.size() && tokens_ >= 1) {
         const Queued q = queue_[queueHead_++];
         Server &s = servers_[static_cast<size_t>(q.index)];

@@ -12,6 +12,7 @@
 #include "shell/ticker.h"
 #include "shell/twips.h"
 #include "shell/waiting.h"
+#include "shell/wiretext.h"
 
 #include <QCloseEvent>
 #include <QGroupBox>
@@ -346,7 +347,7 @@ void frmMatch::cmdPing_Click()
 void frmMatch::pingServer(qint32 s)
 {
     EchoService &echo = Seams::echo();
-    const QByteArray payload = EchoRequestText.toLatin1();
+    const QByteArray payload = WireText::toBytes(EchoRequestText);
     const qint32 destination = recordOf(1, s).Address;
     yieldOnce();
 

@@ -40,7 +40,6 @@ struct PulseboxMod : ServerTable, MatcherData {
 
 PulseboxMod &Mod();
 
-inline const QString EchoRequestText = QStringLiteral("Server please echo this back.");
 inline const QString AppTitle = QStringLiteral("Pulsebox");
 
 // Seams that tests replace: the echo service, the prompts and the program starter.
