@@ -143,6 +143,7 @@ private slots:
             {"--timeout 86400000 127.0.13.9", "time-out"}, {"--retries -1 127.0.13.9", "tries"},
             {"--ping-limit nan 127.0.13.9", "ping-limit"}, {"--master host:0", "Not a master server"},
             {"127.0.13.9:x", "Not a server"}, {"--file /nonexistent/list.txt", "Cannot read the list file"},
+            {"--favorites /dev/zero", "too large"},
             {"--bogus", "bogus"}, {"", "No servers to probe"},
         };
         for (const auto &[arguments, message] : bad) {

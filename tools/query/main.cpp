@@ -56,15 +56,32 @@ bool wholeNumber(const QCommandLineParser &parser, const QString &name, int *val
     return true;
 }
 
-// Entries of a list file: one server a line, blank lines skipped.
-bool readListFile(const QString &path, QList<ProbeEntry> *entries, QString *problem)
+// A list or favorites file, whole; a file (or device) holding more than any
+// real list is refused rather than read into memory without end.
+constexpr qint64 kMaxInputFile = 16 * 1024 * 1024;
+
+bool readInputFile(const QString &path, const QString &kind, QByteArray *bytes, QString *problem)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
-        *problem = u"Cannot read the list file %1: %2"_s.arg(path, file.errorString());
+        *problem = u"Cannot read the %1 file %2: %3"_s.arg(kind, path, file.errorString());
         return false;
     }
-    for (const QString &line : SplitLines(WireText::fromBytes(file.readAll()))) {
+    *bytes = file.read(kMaxInputFile + 1);
+    if (bytes->size() > kMaxInputFile) {
+        *problem = u"The %1 file %2 holds more than 16 MiB: too large to be one."_s.arg(kind, path);
+        return false;
+    }
+    return true;
+}
+
+// Entries of a list file: one server a line, blank lines skipped.
+bool readListFile(const QString &path, QList<ProbeEntry> *entries, QString *problem)
+{
+    QByteArray bytes;
+    if (!readInputFile(path, u"list"_s, &bytes, problem))
+        return false;
+    for (const QString &line : SplitLines(WireText::fromBytes(bytes))) {
         const QString entry = TrimSpaces(line);
         if (!entry.isEmpty())
             entries->append({entry, false});
@@ -74,12 +91,10 @@ bool readListFile(const QString &path, QList<ProbeEntry> *entries, QString *prob
 
 bool readFavorites(const QString &path, QList<ProbeEntry> *entries, QString *problem)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        *problem = u"Cannot read the favorites file %1: %2"_s.arg(path, file.errorString());
+    QByteArray bytes;
+    if (!readInputFile(path, u"favorites"_s, &bytes, problem))
         return false;
-    }
-    for (const Favorite &f : FavFile::parse(file.readAll())) {
+    for (const Favorite &f : FavFile::parse(bytes)) {
         const QString entry = TrimSpaces(f.address);
         if (!entry.isEmpty())
             entries->append({entry, true});
