@@ -1,12 +1,24 @@
 #!/usr/bin/env bash
-# build.sh DIR [cmake options...]: configures and builds Pulsebox into DIR.
+# build.sh DIR [cmake options...] [-- TARGET...]: configures Pulsebox into DIR and builds
+# everything, or only the targets named after "--".
 set -euo pipefail
 cd "$(dirname "$0")/.."
 dir=$1; shift
+options=() targets=()
+while [ $# -gt 0 ]; do
+    if [ "$1" = -- ]; then shift; targets=("$@"); break; fi
+    options+=("$1"); shift
+done
 launcher=()
 if command -v ccache >/dev/null; then
-    launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
-    export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1  # checkouts in other folders share the cache
+    # In the launcher, not the environment, so a later plain `cmake --build DIR` caches alike:
+    # checkouts in other folders share the cache, and compiles that use a precompiled header
+    # are cached only with these sloppiness settings.
+    launcher=("-DCMAKE_CXX_COMPILER_LAUNCHER=env;CCACHE_BASEDIR=$PWD;CCACHE_NOHASHDIR=1;CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime;ccache")
 fi
-cmake -S . -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo "${launcher[@]}" "$@" >/dev/null
-cmake --build "$dir"
+cmake -S . -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo "${launcher[@]}" "${options[@]}" >/dev/null
+if [ ${#targets[@]} -gt 0 ]; then
+    cmake --build "$dir" --target "${targets[@]}"
+else
+    cmake --build "$dir"
+fi

@@ -1,13 +1,15 @@
 #!/usr/bin/env bash
-# fuzz.sh [SECONDS]: builds the libFuzzer targets with clang into build-fuzz, replays
-# each seed corpus in fuzz/corpus/, then runs each target for a bounded time
-# (default 15 s each, at most 2,000,000 runs) and prints the executions per
-# second. New inputs the fuzzer finds go to build-fuzz/found/, never into the
-# repository; a crash leaves its input there and fails the script.
+# fuzz.sh [SECONDS [TARGET...]]: builds the libFuzzer targets with clang into build-fuzz,
+# replays each seed corpus in fuzz/corpus/, then runs each target (or only the TARGETs
+# named, e.g. master_answer) for a bounded time (default 15 s each, at most 2,000,000
+# runs) and prints the executions per second. New inputs the fuzzer finds go to
+# build-fuzz/found/, never into the repository; a crash leaves its input there and fails
+# the script.
 # Skips (status 0) when clang cannot be had, so scripts/test.sh can call it anywhere.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds=${1:-15}
+shift $(( $# > 0 ))
 runs=2000000
 
 if ! command -v clang++ >/dev/null; then
@@ -25,19 +27,16 @@ if ! command -v clang++ >/dev/null || ! echo 'extern "C" int LLVMFuzzerTestOneIn
     exit 0
 fi
 
-launcher=()
-if command -v ccache >/dev/null; then
-    launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
-    export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
-fi
-CXX=clang++ cmake -S . -B build-fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DPULSEBOX_FUZZ=ON "${launcher[@]}" >/dev/null
-cmake --build build-fuzz --target fuzz_targets
+CXX=clang++ scripts/build.sh build-fuzz -DPULSEBOX_FUZZ=ON -- fuzz_targets
 
 export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 status=0
 printf '%-18s %8s %10s %10s\n' target seeds runs exec/s
-for corpus in fuzz/corpus/*/; do
-    name=$(basename "$corpus")
+names=("$@")
+[ ${#names[@]} -gt 0 ] || names=($(ls fuzz/corpus))
+for name in "${names[@]}"; do
+    corpus=fuzz/corpus/$name
+    [ -d "$corpus" ] || { echo "fuzz: no target $name (see fuzz/corpus/)"; status=1; continue; }
     target=build-fuzz/fuzz/fuzz_$name
     found=build-fuzz/found/$name
     mkdir -p "$found"
