@@ -184,12 +184,12 @@ QJsonObject jsonOf(const ProbeResult &r, bool withStatus)
     o[u"players"_s] = r.answered && inUse ? QJsonValue(players) : QJsonValue();
     o[u"maxPlayers"_s] = r.answered && capacity ? QJsonValue(maxPlayers) : QJsonValue();
     if (withStatus) {
-        const StatusAnswer status = GameQuery::parseStatus(r.statusAnswer);
+        const StatusAnswer status = StatusAnswer::parse(r.statusAnswer);
         QJsonObject settings;
-        for (const auto &[key, value] : status.settings)
+        for (const auto &[key, value] : status.settings())
             settings[key] = value;
         QJsonArray list;
-        for (const StatusAnswer::Player &p : status.players)
+        for (const StatusAnswer::Player &p : status.players())
             list.append(QJsonObject{{u"score"_s, p.score}, {u"ping"_s, p.ping}, {u"name"_s, p.name}});
         o[u"settings"_s] = settings;
         o[u"playerList"_s] = list;
