@@ -1,6 +1,6 @@
 // The favorites store of the main window: loading, Add to Favorites, the editor.
 #include "favorites/favfile.h"
-#include "favorites/frmfavorites.h"
+#include "favorites/favoritesdialog.h"
 #include "probes/address.h"
 #include "shell/frmpulsebox.h"
 #include "shell/pulseboxmod.h"
@@ -88,8 +88,18 @@ void frmPulsebox::cmAddFav_Click()
 
 void frmPulsebox::mnuFavorites_Click()
 {
-    if (!favorites_)
-        favorites_ = new frmFavorites(this);
+    if (!favorites_) {
+        QList<Favorite> current;  // the hidden lists are parallel: paired by position
+        for (int i = 0; i < lbFav->ListCount(); ++i)
+            current.append({lbFav->List(i), lbFavDesc->List(i)});
+        favorites_ = new FavoritesDialog(current, this);
+        connect(favorites_, &FavoritesDialog::favoritesSaved, this, [this](const QList<Favorite> &saved) {
+            lbFav->Clear();
+            lbFavDesc->Clear();
+            for (const Favorite &favorite : saved)
+                appendFavorite(favorite.address, favorite.description);
+        });
+    }
     favorites_->show();
     favorites_->raise();
     favorites_->activateWindow();

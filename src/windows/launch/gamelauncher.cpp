@@ -8,8 +8,6 @@
 
 using namespace Qt::StringLiterals;
 
-GameLauncher::GameLauncher() : gamePath_(Mod().GamePath) {}
-
 GameLauncher::GameLauncher(QString gamePath) : gamePath_(std::move(gamePath)) {}
 
 // The game gets its folder as working directory; the program's own current

@@ -1,5 +1,5 @@
 // Reading the game path at start-up, the Settings command and the game launch.
-#include "launch/frmsettings.h"
+#include "launch/settingsdialog.h"
 #include "launch/gamelauncher.h"
 #include "launch/gamepath.h"
 #include "probes/address.h"
@@ -25,11 +25,13 @@ void frmPulsebox::readConfiguration()
 
 void frmPulsebox::mnuSettings_Click()
 {
-    (new frmSettings(this))->show();
+    auto *settings = new SettingsDialog(this);
+    connect(settings, &SettingsDialog::gamePathSaved, this, [](const QString &path) { Mod().GamePath = path; });
+    settings->show();
 }
 
 void frmPulsebox::List1_DblClick()
 {
     if (const ServerRec *rec = selectedServer())
-        GameLauncher().launch(AddressToDotted(rec->Address) + u':' + QString::number(rec->Port), u"Launch to Server?"_s);
+        GameLauncher(Mod().GamePath).launch(AddressToDotted(rec->Address) + u':' + QString::number(rec->Port), u"Launch to Server?"_s);
 }

@@ -37,11 +37,11 @@ bool write(const QString &path, const QByteArray &bytes)
     return false;
 }
 
-void cmdSave()
+void saveMatcher(const MatcherData &data)
 {
     const QString path = chooseSaveTarget();
     if (!path.isEmpty())
-        write(path, PingList::matcherBytes(Mod()));
+        write(path, PingList::matcherBytes(data));
 }
 
 }

@@ -1,7 +1,7 @@
 // Game server queries over the datagram socket, and the Server Info command.
 #include "probes/address.h"
 #include "probes/dssocket.h"
-#include "probes/frmservinfo.h"
+#include "probes/serverinfowindow.h"
 #include "probes/gamequery.h"
 #include "probes/queryrun.h"
 #include "shell/frmpulsebox.h"
@@ -63,6 +63,6 @@ void frmPulsebox::Command6_Click()
     txIPAddress->setText(address);
     if (query(address, port, GameQuery::StatusMode).isEmpty())
         return;
-    auto *window = new frmServinfo(GameQuery::serverInfoText(Text2->Text), this);
+    auto *window = new ServerInfoWindow(GameQuery::serverInfoText(Text2->Text), this);
     window->show();
 }

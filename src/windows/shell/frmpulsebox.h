@@ -19,10 +19,10 @@ class HiddenText;
 class Ticker;
 class VbList;
 class TrayIcon;
-class frmLaunch;
+class LauncherBar;
 struct ServerRec;
-#include "favorites/frmfavorites.h"
-#include "shell/frmsplash.h"
+#include "favorites/favoritesdialog.h"
+#include "shell/splashwindow.h"
 
 // The main window: the server list, the log of what the probes did, and the
 // buttons and menus that start everything else. Its handlers are spread over
@@ -135,9 +135,9 @@ private:
     const ServerRec *selectedServer();
 
     ListBodyReader listBody_;  // the list response's lines, its header skipped
-    QPointer<frmSplash> splash_;
-    QPointer<frmFavorites> favorites_;
+    QPointer<SplashWindow> splash_;
+    QPointer<FavoritesDialog> favorites_;
     QPointer<TrayIcon> tray_;        // made at the first Iconize, kept for the run
-    QPointer<frmLaunch> launchBar_;  // the launcher bar while it is loaded
+    QPointer<LauncherBar> launchBar_;  // the launcher bar while it is loaded
     MasterClient *master_ = nullptr;
 };

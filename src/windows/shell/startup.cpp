@@ -1,7 +1,7 @@
 // Start-up of the main window, and the Help menu.
-#include "shell/frmhelp.h"
+#include "shell/helpwindow.h"
 #include "shell/frmpulsebox.h"
-#include "shell/frmsplash.h"
+#include "shell/splashwindow.h"
 #include "shell/pulseboxmod.h"
 #include "shell/ticker.h"
 #include "shell/waiting.h"
@@ -17,7 +17,8 @@ using namespace Qt::StringLiterals;
 
 void frmPulsebox::Form_Load()
 {
-    splash_ = new frmSplash(Timer2);
+    splash_ = new SplashWindow;
+    connect(splash_, &SplashWindow::closed, this, [this] { Mod().SplashTicks = 5; Timer2->setInterval(0); });
     splash_->show();
     Timer2->setInterval(1000);
     Mod().QueryMode = 1;
@@ -48,7 +49,8 @@ void frmPulsebox::Form_Load()
 void frmPulsebox::mnuabout_Click()
 {
     if (!splash_) {
-        splash_ = new frmSplash(Timer2);
+        splash_ = new SplashWindow;
+        connect(splash_, &SplashWindow::closed, this, [this] { Mod().SplashTicks = 5; Timer2->setInterval(0); });
         splash_->show();
     }
     splash_->raise();
@@ -57,5 +59,5 @@ void frmPulsebox::mnuabout_Click()
 
 void frmPulsebox::mnuContents_Click()
 {
-    frmHelp::showHelp();
+    HelpWindow::showHelp();
 }

@@ -1,10 +1,13 @@
 // Iconize, the tray icon's clicks and where the launcher bar opens.
-#include "launch/frmlaunch.h"
+#include "launch/gamelauncher.h"
+#include "launch/launcherbar.h"
+#include "shell/activity.h"
 #include "shell/frmpulsebox.h"
 #include "shell/iconize.h"
 #include "shell/pulseboxmod.h"
 #include "shell/ticker.h"
 #include "shell/trayicon.h"
+#include "shell/vblist.h"
 #include "shell/waiting.h"
 
 using namespace Qt::StringLiterals;
@@ -22,6 +25,7 @@ void frmPulsebox::mnuIconize_Click()
 {
     if (!tray_) {
         tray_ = Seams::makeTray(this);
+        tray_->setFirstClickPending([] { return Mod().TrayClickState == 1; });
         connect(tray_, &TrayIcon::mouseEvent, this, &frmPulsebox::Tray_MouseEvent);
     }
     const QIcon icon = windowIcon().isNull() ? PulseboxIcon() : windowIcon();
@@ -46,9 +50,19 @@ void frmPulsebox::Tray_MouseEvent(int number)
             return;
         const ScreenRect taskbar = GetTaskbarRect();
         const ScreenRect workArea = GetWorkArea();
-        if (!launchBar_)
-            launchBar_ = new frmLaunch(this);
+        if (!launchBar_) {
+            QList<Favorite> favorites;  // each address with the description its item data names
+            for (int i = 0; i < lbFav->ListCount(); ++i)
+                favorites.append({lbFav->List(i), lbFavDesc->List(lbFav->ItemData(i))});
+            auto *activity = findChild<Activity *>();
+            if (!activity)
+                activity = new Activity(this);
+            launchBar_ = new LauncherBar(favorites, *activity, [](const QString &target, const QString &prompt) {
+                GameLauncher(Mod().GamePath).launch(target, prompt);
+            }, this);
+        }
         mod.TaskbarEdge = TaskbarEdgeOf(taskbar);
+        launchBar_->setTaskbarEdge(mod.TaskbarEdge);
         launchBar_->move(LaunchBarTopLeft(mod.TaskbarEdge, workArea, launchBar_->frameGeometry().size(),
                                           launchBar_->pos()));
         launchBar_->show();
