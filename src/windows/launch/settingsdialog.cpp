@@ -9,7 +9,7 @@
 #include "shell/prompts.h"
 #include "shell/twips.h"
 
-#include <QFile>
+#include "shell/boundedfile.h"
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -34,9 +34,9 @@ SettingsDialog::SettingsDialog(QWidget *owner) : QDialog(owner)
     connect(cancelButton_, &QPushButton::clicked, this, &QDialog::close);
 
     if (FileExists(GameConfig::kName)) {
-        QFile file(GameConfig::kName);
-        if (file.open(QIODevice::ReadOnly))
-            pathEdit_->setText(GameConfig::firstLine(file.readAll()));
+        const BoundedFile file = BoundedFile::read(GameConfig::kName, GameConfig::kMaxBytes);
+        if (file.status != BoundedFile::Status::CannotOpen)
+            pathEdit_->setText(GameConfig::firstLine(file.bytes));
     }
     if (owner)
         move(owner->geometry().center() - rect().center());

@@ -8,7 +8,7 @@
 #include "shell/prompts.h"
 #include "shell/pulseboxmod.h"
 
-#include <QFile>
+#include "shell/boundedfile.h"
 
 using namespace Qt::StringLiterals;
 
@@ -66,10 +66,7 @@ void frmPulsebox::mnufileload_Click()
         return;
     // Content past the largest the reader accepts is never looked at, so a huge
     // file costs no more than that. A file that cannot be read reads as empty.
-    QByteArray bytes;
-    QFile file(path);
-    if (file.open(QIODevice::ReadOnly))
-        bytes = file.read(PingList::kMaxContentBytes);
+    const QByteArray bytes = BoundedFile::read(path, PingList::kMaxContentBytes).bytes;
 
     PulseboxMod &mod = Mod();
     PingList::LoadResult result = PingList::read(bytes, std::move(static_cast<MatcherData &>(mod)));
