@@ -1,7 +1,7 @@
 #include "support/testsupport.h"
 
 #include "probes/address.h"
-#include "shell/frmpulsebox.h"
+#include "shell/mainwindow.h"
 #include "shell/pulseboxmod.h"
 #include "shell/ticker.h"
 #include "shell/waiting.h"
@@ -47,10 +47,11 @@ QStringList ScriptedPrompter::texts() const
     return list;
 }
 
-int ScriptedEcho::sendEcho(qint32 destination, const QByteArray &, int ttl, int, EchoReply &reply)
+int ScriptedEcho::sendEcho(qint32 destination, const QByteArray &, int ttl, int timeoutMs, EchoReply &reply)
 {
     const QString dotted = AddressToDotted(destination);
     sent.append({dotted, ttl});
+    timeouts.append(timeoutMs);
     if (onSend)
         onSend();
     reply = EchoReply{};
@@ -116,9 +117,9 @@ quint16 closedPort()
     return probe.serverPort();  // closed again as probe goes
 }
 
-std::unique_ptr<frmPulsebox> newMainWindow()
+std::unique_ptr<MainWindow> newMainWindow()
 {
-    auto window = std::make_unique<frmPulsebox>();
+    auto window = std::make_unique<MainWindow>();
     window->show();
     return window;
 }

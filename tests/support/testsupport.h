@@ -11,7 +11,7 @@
 #include <functional>
 #include <memory>
 
-class frmPulsebox;
+class MainWindow;
 
 // Answers every prompt by script and remembers what was shown.
 class ScriptedPrompter : public Prompter {
@@ -51,6 +51,7 @@ public:
     };
     QHash<QString, QList<Outcome>> script;  // consumed in order; the last one repeats
     QList<QPair<QString, int>> sent;        // destination and time-to-live of every call
+    QList<int> timeouts;                    // the time-out of every call, in ms
     std::function<void()> onSend;           // runs at every call, before it answers
 
     int sendEcho(qint32 destination, const QByteArray &payload, int ttl, int timeoutMs,
@@ -88,7 +89,7 @@ void writeFile(const QString &path, const QByteArray &bytes = {});
 quint16 closedPort();
 
 // The main window without its start-up wait, shown offscreen.
-std::unique_ptr<frmPulsebox> newMainWindow();
+std::unique_ptr<MainWindow> newMainWindow();
 
 // While it lives, no file may grow past `bytes`: writes beyond fail with EFBIG,
 // as on a full disk, even for root.

@@ -2,10 +2,10 @@
 #include "favorites/favfile.h"
 #include "favorites/frmfavorites.h"
 #include "probes/address.h"
-#include "shell/frmpulsebox.h"
+#include "shell/itemlist.h"
+#include "shell/mainwindow.h"
 #include "shell/pulseboxmod.h"
 #include "shell/prompts.h"
-#include "shell/vblist.h"
 
 #include <QFile>
 
@@ -36,21 +36,13 @@ std::optional<QByteArray> readFavoritesFile()
 }
 }
 
-void frmPulsebox::appendFavorite(const QString &address, const QString &description)
-{
-    lbFav->AddItem(address);
-    lbFavDesc->AddItem(description);
-    lbFav->SetItemData(lbFav->ListCount() - 1, lbFavDesc->ListCount() - 1);
-}
-
-void frmPulsebox::loadFavorites()
+void MainWindow::loadFavorites()
 {
     const auto bytes = readFavoritesFile();
     if (!bytes)
         return;
     const QList<Favorite> favorites = FavFile::parse(*bytes);
-    for (const Favorite &favorite : favorites.mid(0, kMaxFavorites))
-        appendFavorite(favorite.address, favorite.description);
+    favorites_ = favorites.mid(0, kMaxFavorites);
     if (favorites.size() > kMaxFavorites)
         Seams::prompts().message(u"The favorites file holds %1 favorites; the first %2 were loaded."_s
                                      .arg(favorites.size()).arg(kMaxFavorites),
@@ -68,12 +60,12 @@ bool SaveFavoritesFile(const QByteArray &bytes)
     return false;
 }
 
-void frmPulsebox::cmAddFav_Click()
+void MainWindow::addSelectedToFavorites()
 {
     const ServerRec *rec = selectedServer();
     if (!rec)
         return;
-    if (List1->List(List1->ListIndex()).mid(5, 1) == u"*"_s) {
+    if (serverList_->rowText(serverList_->selectedRow()).mid(5, 1) == u"*"_s) {
         Seams::prompts().message(u"Already a Favorite"_s, AppTitle);
         return;
     }
@@ -84,14 +76,14 @@ void frmPulsebox::cmAddFav_Click()
     const auto existing = readFavoritesFile();
     if (!existing || !SaveFavoritesFile(FavFile::appended(*existing, {address, rec->HostName})))
         return;
-    appendFavorite(address, rec->HostName);
+    favorites_.append({address, rec->HostName});
 }
 
-void frmPulsebox::mnuFavorites_Click()
+void MainWindow::editFavorites()
 {
-    if (!favorites_)
-        favorites_ = new frmFavorites(this);
-    favorites_->show();
-    favorites_->raise();
-    favorites_->activateWindow();
+    if (!favoritesEditor_)
+        favoritesEditor_ = new frmFavorites(this);
+    favoritesEditor_->show();
+    favoritesEditor_->raise();
+    favoritesEditor_->activateWindow();
 }

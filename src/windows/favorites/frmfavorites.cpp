@@ -3,7 +3,7 @@
 #include "favorites/favfile.h"
 #include "favorites/frmaddfav.h"
 #include "shell/controls.h"
-#include "shell/frmpulsebox.h"
+#include "shell/mainwindow.h"
 #include "shell/pulseboxmod.h"
 #include "shell/twips.h"
 #include "shell/vblist.h"
@@ -13,7 +13,7 @@
 
 using namespace Qt::StringLiterals;
 
-frmFavorites::frmFavorites(frmPulsebox *main) : QWidget(main, Qt::Window), main_(main)
+frmFavorites::frmFavorites(MainWindow *main) : QWidget(main, Qt::Window), main_(main)
 {
     setObjectName(u"frmFavorites"_s);
     setWindowTitle(u"Favorites"_s);
@@ -46,8 +46,8 @@ frmFavorites::frmFavorites(frmPulsebox *main) : QWidget(main, Qt::Window), main_
     connect(Cancel, &QPushButton::clicked, this, &QWidget::close);
 
     // The two hidden lists are parallel, so the copy pairs them by position.
-    for (int i = 0; i < main_->lbFav->ListCount(); ++i)
-        addEntry(main_->lbFav->List(i), main_->lbFavDesc->List(i));
+    for (const Favorite &favorite : main_->favorites())
+        addEntry(favorite.address, favorite.description);
     move(main->geometry().center() - rect().center());
 }
 
@@ -91,9 +91,6 @@ void frmFavorites::cmClose_Click()
         favorites.append({List1->List(i), List2->List(List1->ItemData(i))});
     if (!SaveFavoritesFile(FavFile::serialize(favorites)))
         return;  // the window stays open: the edits are not lost
-    main_->lbFav->Clear();
-    main_->lbFavDesc->Clear();
-    for (const Favorite &favorite : favorites)
-        main_->appendFavorite(favorite.address, favorite.description);
+    main_->setFavorites(favorites);
     close();
 }

@@ -3,7 +3,7 @@
 
 class QPushButton;
 class VbList;
-class frmPulsebox;
+class MainWindow;
 
 // Saves the whole favorites file; on failure tells the user and leaves it as it was.
 bool SaveFavoritesFile(const QByteArray &bytes);
@@ -13,7 +13,7 @@ bool SaveFavoritesFile(const QByteArray &bytes);
 class frmFavorites : public QWidget {
     Q_OBJECT
 public:
-    explicit frmFavorites(frmPulsebox *main);
+    explicit frmFavorites(MainWindow *main);
 
     VbList *List1;  // addresses; item data = index of the description in List2
     VbList *List2;  // descriptions, hidden; rows are never removed while open
@@ -28,5 +28,5 @@ public:
     void cmClose_Click();
 
 private:
-    frmPulsebox *main_;
+    MainWindow *main_;
 };

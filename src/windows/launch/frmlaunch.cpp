@@ -8,7 +8,8 @@
 #include "probes/gamequery.h"
 #include "probes/queryrun.h"
 #include "shell/controls.h"
-#include "shell/frmpulsebox.h"
+#include "shell/mainwindow.h"
+#include "shell/controlstates.h"
 #include "shell/iconize.h"
 #include "shell/prompts.h"
 #include "shell/pulseboxmod.h"
@@ -38,7 +39,7 @@ QFont buttonFont()
 }
 }
 
-frmLaunch::frmLaunch(frmPulsebox *owner)
+frmLaunch::frmLaunch(MainWindow *owner)
     : QWidget(owner, Qt::Tool | Qt::FramelessWindowHint), owner_(owner)
 {
     setObjectName(u"frmLaunch"_s);
@@ -113,14 +114,14 @@ QPushButton *frmLaunch::newButton(int index)
 
 void frmLaunch::Form_Load()
 {
-    const int n = owner_->lbFav->ListCount();
+    const int n = static_cast<int>(owner_->favorites().size());
     std::vector<ServerRec> &servers = Mod().LaunchServers;
     if (n >= 1)
         servers.resize(static_cast<size_t>(n) + 1);
     for (int i = 0; i < n; ++i) {
         if (i > 0)
             cmdLaunch.append(newButton(i));
-        const Entry entry = entryOf(owner_->lbFav->List(i), owner_->lbFavDesc->List(owner_->lbFav->ItemData(i)));
+        const Entry entry = entryOf(owner_->favorites()[i].address, owner_->favorites()[i].description);
         servers[static_cast<size_t>(i)] = entry.server;
         cmdLaunch[i]->setText(entry.caption);
         cmdLaunch[i]->setToolTip(entry.caption);
@@ -154,7 +155,7 @@ void frmLaunch::fitToWorkArea(int favorites)
 
 bool frmLaunch::mainWindowBusy() const
 {
-    return Mod().QueryBusy || owner_->Command1->isEnabled();
+    return Mod().QueryBusy || runHoldsClose(owner_->activity());
 }
 
 void frmLaunch::cmdLaunch_Click(int index)

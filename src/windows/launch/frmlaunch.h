@@ -11,7 +11,7 @@ class QMenu;
 class QPushButton;
 class QScrollArea;
 class Ticker;
-class frmPulsebox;
+class MainWindow;
 class frmsrvpop;
 
 // The launcher bar: one button per favorite beside the desktop's panel. A click
@@ -20,7 +20,7 @@ class frmLaunch : public QWidget {
     Q_OBJECT
 public:
     // Reads the favorites of `owner`'s hidden lists; the bar's window belongs to it.
-    explicit frmLaunch(frmPulsebox *owner);
+    explicit frmLaunch(MainWindow *owner);
     ~frmLaunch() override;
 
     QFrame *Frame1;
@@ -58,7 +58,7 @@ private:
     bool mainWindowBusy() const;
     void placePopup(int index);
 
-    frmPulsebox *owner_;
+    MainWindow *owner_;
     QScrollArea *column_;  // the buttons scroll when the bar would not fit the screen
     QWidget *buttons_;
     bool closeAfterQuery_ = false;  // "x" was pressed while a query waited

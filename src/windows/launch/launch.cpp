@@ -4,32 +4,38 @@
 #include "launch/gamepath.h"
 #include "probes/address.h"
 #include "serverlist/urltext.h"
-#include "shell/frmpulsebox.h"
+#include "shell/itemlist.h"
+#include "shell/mainwindow.h"
 #include "shell/pulseboxmod.h"
 #include "shell/prompts.h"
-#include "shell/vblist.h"
 
 #include <QFile>
 
 using namespace Qt::StringLiterals;
 
-void frmPulsebox::readConfiguration()
+void MainWindow::readConfiguration()
 {
     QFile file(GameConfig::kName);
     if (!file.open(QIODevice::ReadOnly))
         return;
     const QString line = GameConfig::firstLine(file.read(64 * 1024));
     if (GamePathPasses(line, line))
-        Mod().GamePath = TrimSpaces(line);
+        gamePath_ = TrimSpaces(line);
 }
 
-void frmPulsebox::mnuSettings_Click()
+void MainWindow::editSettings()
 {
     (new frmSettings(this))->show();
 }
 
-void frmPulsebox::List1_DblClick()
+void MainWindow::launchSelected()
 {
     if (const ServerRec *rec = selectedServer())
-        GameLauncher().launch(AddressToDotted(rec->Address) + u':' + QString::number(rec->Port), u"Launch to Server?"_s);
+        launchGame(AddressToDotted(rec->Address) + u':' + QString::number(rec->Port));
+}
+
+void MainWindow::launchGame(const QString &target)
+{
+    Mod().GamePath = gamePath_;
+    GameLauncher().launch(target, u"Launch to Server?"_s);
 }

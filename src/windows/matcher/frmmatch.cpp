@@ -4,9 +4,8 @@
 #include "pinglists/pinglist.h"
 #include "pinglists/pinglistfiles.h"
 #include "probes/echoservice.h"
-#include "probes/hopsearch.h"
+#include "probes/hoptrace.h"
 #include "shell/controls.h"
-#include "shell/frmpulsebox.h"
 #include "shell/prompts.h"
 #include "shell/pulseboxmod.h"
 #include "shell/ticker.h"
@@ -34,10 +33,8 @@ constexpr int kNameWidth = 1815;    // column 0
 constexpr int kWindowBase = 4365;   // window width without player columns
 constexpr int kGridBase = 2895;     // grid width without player columns
 constexpr int kPingTimeoutMs = 200;
-constexpr int kHopTimeoutMs = 2700;
 constexpr int kPingTtl = 250;
 constexpr int kHopBound = 250;
-constexpr int kHopTickLimit = 15;
 
 // Never-assigned texts are NULs; they show as blanks.
 QString shown(QString text) { return text.replace(QChar(0), u' '); }
@@ -368,18 +365,13 @@ void frmMatch::pingServer(qint32 s)
 
     qint32 hops = 0;
     if (average > 0) {
-        HopSearch search(destination, kHopTickLimit);
-        Mod().TimerTicks = 0;
-        Timer1->setInterval(1000);
-        do {
-            lblStatus->setText(u"Counting Hops"_s);
-            const bool got = echo.sendEcho(destination, payload, search.ttl(), kHopTimeoutMs, reply) != 0;
-            search.record(got, reply.Address, reply.RoundTripTime, Mod().TimerTicks);
-            yieldOnce();
-        } while (search.goOn(kHopBound, MatchCancelRequested != 0));
+        HopTrace::Hooks hooks;
+        hooks.beforeProbe = [this] { lblStatus->setText(u"Counting Hops"_s); };
+        hooks.bound = [] { return static_cast<qint64>(kHopBound); };
+        hooks.stop = [this] { return MatchCancelRequested != 0; };
+        const HopSearch search = HopTrace::run(echo, destination, HopTrace::kPingRunTicks, hooks);
         hops = search.hops();
         lastAnswered = search.lastAnswered();
-        Timer1->setInterval(0);
     }
 
     if (lastAnswered) {
@@ -392,13 +384,4 @@ void frmMatch::pingServer(qint32 s)
         }
     }
     yieldOnce();
-}
-
-// File, Load ends here. Each opening builds the window afresh from the loaded data;
-// File, Load returns only once the matcher is closed again.
-void frmPulsebox::showMatcher()
-{
-    frmMatch matcher(this);
-    matcher.show();
-    waitUntil([&matcher] { return !matcher.isVisible(); });
 }

@@ -4,7 +4,10 @@
 #include "favorites/favfile.h"
 #include "pinglists/pinglist.h"
 #include "probes/address.h"
-#include "shell/frmpulsebox.h"
+#include "matcher/frmmatch.h"
+#include "serverlist/refreshsession.h"
+#include "shell/mainwindow.h"
+#include "shell/waiting.h"
 #include "shell/prompts.h"
 #include "shell/pulseboxmod.h"
 
@@ -46,7 +49,7 @@ void cmdSave()
 
 }
 
-void frmPulsebox::mnufilesave_Click()
+void MainWindow::saveList()
 {
     const QString path = PingListFiles::chooseSaveTarget();
     if (path.isEmpty())
@@ -54,11 +57,11 @@ void frmPulsebox::mnufilesave_Click()
     QString name = Seams::prompts().input(u"Your name:"_s, AppTitle, u"Unknown"_s);
     if (name.isEmpty())
         name = u"Unknown"_s;
-    const PulseboxMod &mod = Mod();
-    PingListFiles::write(path, PingList::serverListBytes(mod.Servers, mod.ServerCount, name));
+    const ServerTable &table = session_->table();
+    PingListFiles::write(path, PingList::serverListBytes(table.Servers, table.ServerCount, name));
 }
 
-void frmPulsebox::mnufileload_Click()
+void MainWindow::loadList()
 {
     Prompter &prompts = Seams::prompts();
     const QString path = prompts.openFileName(u"Load"_s, PingList::kFilter);
@@ -71,11 +74,23 @@ void frmPulsebox::mnufileload_Click()
     if (file.open(QIODevice::ReadOnly))
         bytes = file.read(PingList::kMaxContentBytes);
 
-    PulseboxMod &mod = Mod();
-    PingList::LoadResult result = PingList::read(bytes, std::move(static_cast<MatcherData &>(mod)));
-    static_cast<MatcherData &>(mod) = std::move(result.data);
+    PingList::LoadResult result = PingList::read(bytes, std::move(matcherData_));
+    matcherData_ = std::move(result.data);
     for (const PingList::Message &m : result.messages)
         prompts.message(m.text, m.title, m.exclamation ? Prompter::Icon::Warning : Prompter::Icon::None);
     if (result.outcome == PingList::Outcome::Loaded)
         showMatcher();
+}
+
+// File, Load ends here. Each opening builds the matcher afresh from the loaded data;
+// File, Load returns only once the matcher is closed again.
+void MainWindow::showMatcher()
+{
+    static_cast<MatcherData &>(Mod()) = matcherData_;
+    {
+        frmMatch matcher(this);
+        matcher.show();
+        waitUntil([&matcher] { return !matcher.isVisible(); });
+    }
+    matcherData_ = static_cast<MatcherData &>(Mod());
 }

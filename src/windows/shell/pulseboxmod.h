@@ -14,26 +14,16 @@ class ProgramStarter;
 class TrayIcon;
 class QWidget;
 
-// The program's module-level state: every long run and every window shares it.
-// The server table (Servers, ServerCount) and the ping matcher's data
-// (PlayerCount, MatchServerCount, PlayerNames, PlayerLists) are part of it as
-// they are of the refresh's decisions and the file format's reader.
-struct PulseboxMod : ServerTable, MatcherData {
-    qint32 TimerTicks = 0;       // ticks of Timer1 since a wait last cleared it
-    qint32 SplashTicks = 0;      // ticks of Timer2 since start; 5 once the splash closed
-    qint16 CancelRequested = 0;  // 1 while the user asked a long run to stop
-    qint32 QueryMode = 1;        // which query the next send-ready of dsSocket2 sends
-    QString LastReply;           // the last datagram received on dsSocket2
-    QString ListUrl;             // the list URL of the current fetch
-    bool FetchBusy = false;      // a list fetch is running
-    qint32 BytesReceived = 0;    // characters of the fetched body lines
-    qint16 FavoritesOnly = 0;    // -1: this refresh probes the favorites only
+// Left-over shared state of the windows not yet given their own.
+struct PulseboxMod : MatcherData {
+    qint32 TimerTicks = 0;       // ticks of the matcher's Timer1 since a wait last cleared it
+    qint32 SplashTicks = 0;      // 5 once the splash closed
+    qint32 QueryMode = 1;        // which query the next send-ready of the launcher bar sends
+    QString LastReply;           // the last datagram received by the launcher bar
     QString GamePath;            // the game program, trimmed; empty when not set
     QString favOrigServer;       // the favorite being modified, for its Cancel
     QString favOrigDesc;
-    bool echoTroubleReported = false;  // the "no ICMP here" advice was shown once
-    bool QueryBusy = false;      // a game query waits for its reply (main window or launcher bar)
-    qint16 TrayClickState = 0;   // 0 idle, 1 a first click waits for a second, 3 it stayed single
+    bool QueryBusy = false;      // the launcher bar's query waits for its reply
     QString TaskbarEdge;         // "LEFT", "RIGHT", "TOP", "BOTTOM" or empty
     std::vector<ServerRec> LaunchServers;  // the launcher bar's favorites, one spare at the end
 };

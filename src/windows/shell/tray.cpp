@@ -1,6 +1,6 @@
 // Iconize, the tray icon's clicks and where the launcher bar opens.
 #include "launch/frmlaunch.h"
-#include "shell/frmpulsebox.h"
+#include "shell/mainwindow.h"
 #include "shell/iconize.h"
 #include "shell/pulseboxmod.h"
 #include "shell/ticker.h"
@@ -18,11 +18,11 @@ QString TrayTip()
 }
 }
 
-void frmPulsebox::mnuIconize_Click()
+void MainWindow::iconize()
 {
     if (!tray_) {
         tray_ = Seams::makeTray(this);
-        connect(tray_, &TrayIcon::mouseEvent, this, &frmPulsebox::Tray_MouseEvent);
+        connect(tray_, &TrayIcon::mouseEvent, this, &MainWindow::onTrayEvent);
     }
     const QIcon icon = windowIcon().isNull() ? PulseboxIcon() : windowIcon();
     // The icon first: the window is hidden only once there is a way back to it.
@@ -34,28 +34,32 @@ void frmPulsebox::mnuIconize_Click()
 // 513: a press that may be the first half of a double click. Its handler waits
 // half a second; a double click (515) arriving meanwhile runs inside that wait
 // and leaves the state 0, so the press then does nothing more.
-void frmPulsebox::Tray_MouseEvent(int number)
+void MainWindow::onTrayEvent(int number)
 {
-    PulseboxMod &mod = Mod();
     if (number == TrayIcon::kLeftPress) {
-        mod.TrayClickState = 1;
-        Timer3->setInterval(500);
-        waitUntil([&mod] { return mod.TrayClickState != 1; });
-        Timer3->setInterval(0);
-        if (mod.TrayClickState != 3)
+        trayClickState_ = 1;
+        if (tray_)
+            tray_->setAwaitingSecondClick(true);
+        trayClickTicker_->setInterval(500);
+        waitUntil([this] { return trayClickState_ != 1; });
+        trayClickTicker_->setInterval(0);
+        if (tray_)
+            tray_->setAwaitingSecondClick(false);
+        if (trayClickState_ != 3)
             return;
         const ScreenRect taskbar = GetTaskbarRect();
         const ScreenRect workArea = GetWorkArea();
-        if (!launchBar_)
-            launchBar_ = new frmLaunch(this);
-        mod.TaskbarEdge = TaskbarEdgeOf(taskbar);
-        launchBar_->move(LaunchBarTopLeft(mod.TaskbarEdge, workArea, launchBar_->frameGeometry().size(),
-                                          launchBar_->pos()));
-        launchBar_->show();
-        SetTopMost(launchBar_, true);
-        launchBar_->raise();
+        taskbarEdge_ = TaskbarEdgeOf(taskbar);
+        Mod().TaskbarEdge = taskbarEdge_;
+        if (!launcherBar_)
+            launcherBar_ = new frmLaunch(this);
+        launcherBar_->move(LaunchBarTopLeft(taskbarEdge_, workArea, launcherBar_->frameGeometry().size(),
+                                            launcherBar_->pos()));
+        launcherBar_->show();
+        SetTopMost(launcherBar_, true);
+        launcherBar_->raise();
     } else if (number == TrayIcon::kLeftDoubleClick) {
-        mod.TrayClickState = 0;
+        trayClickState_ = 0;
         show();
         raise();
         activateWindow();

@@ -24,8 +24,16 @@ public:
     virtual void remove() = 0;
     virtual bool isShown() const = 0;
 
+    // While the owner waits to see whether a press becomes a double click, a
+    // second press is that double click rather than a new first press.
+    void setAwaitingSecondClick(bool awaiting) { awaitingSecondClick_ = awaiting; }
+    bool awaitingSecondClick() const { return awaitingSecondClick_; }
+
 signals:
     void mouseEvent(int number);
+
+private:
+    bool awaitingSecondClick_ = false;
 };
 
 // The desktop's notification area (StatusNotifierItem or an XEmbed tray).
