@@ -1,7 +1,10 @@
 #!/usr/bin/env bash
-# CI: builds the Debian package, installs it with apt, checks the desktop entry and
-# the ping capability, starts the installed program on the offscreen platform for a
-# moment (it must open and close cleanly) and removes the package again.
+# CI: makes the Debian package from the plain build in BUILD_DIR, checks it with
+# lintian (no errors, no warnings) and its AppStream metadata with appstreamcli,
+# installs it with apt, checks the desktop entry, the ping capability, the manual
+# pages and the query tool as an ordinary user, starts the installed program on
+# the offscreen platform for a moment (it must open and close cleanly) and
+# removes the package again.
 # Needs root or password-less sudo; skipped with a message otherwise.
 #   scripts/package-check.sh [BUILD_DIR]     (default: build)
 set -euo pipefail
@@ -22,9 +25,17 @@ if dpkg-query -W -f='${Status}' pulsebox 2>/dev/null | grep -q "ok installed"; t
     exit 0
 fi
 
+started=$(date +%s)
+scripts/setup.sh lintian appstream man-db
 deb=$(scripts/package.sh "$dir" | tail -n 1)
+version=$(dpkg-deb --field "$deb" Version)
 echo "package: $deb ($(du -k "$deb" | cut -f1) KiB)"
 dpkg-deb --info "$deb" | sed -n 's/^ Depends: /depends: /p'
+
+# Errors and warnings fail; pedantic and informational tags are shown. The
+# tags the package accepts, and why, are in the README's Install section.
+lintian --fail-on error,warning --display-info --pedantic "$deb"
+echo "lintian: no errors, no warnings"
 
 home=$(mktemp -d)
 cleanup() {
@@ -33,19 +44,39 @@ cleanup() {
 }
 trap cleanup EXIT
 
-DEBIAN_FRONTEND=noninteractive "${as_root[@]}" apt-get install -y -qq "$(realpath "$deb")" >/dev/null
+# Some images tell dpkg to leave out manual pages; these must be there to be checked.
+DEBIAN_FRONTEND=noninteractive "${as_root[@]}" apt-get install -y -qq \
+    -o DPkg::Options::=--path-include=/usr/share/man/man1/pulsebox* "$(realpath "$deb")" >/dev/null
 desktop-file-validate /usr/share/applications/pulsebox.desktop
+# --no-net: the check never sends anything off this machine.
+appstreamcli validate --no-net /usr/share/metainfo/org.pulsebox.pulsebox.metainfo.xml
 for size in 16 32 48 256; do
     test -s "/usr/share/icons/hicolor/${size}x${size}/apps/pulsebox.png"
 done
-caps=$(getcap /usr/bin/pulsebox)
-echo "getcap: $caps"
-case "$caps" in
-    *cap_net_raw*) ;;
-    *) echo "FAILED: /usr/bin/pulsebox has no cap_net_raw" >&2; exit 1 ;;
-esac
-if [ -u /usr/bin/pulsebox ]; then
-    echo "FAILED: /usr/bin/pulsebox is setuid" >&2
+for program in /usr/bin/pulsebox /usr/bin/pulsebox-query; do
+    caps=$(getcap "$program")
+    echo "getcap: $caps"
+    case "$caps" in
+        *cap_net_raw*) ;;
+        *) echo "FAILED: $program has no cap_net_raw" >&2; exit 1 ;;
+    esac
+    if [ -u "$program" ]; then
+        echo "FAILED: $program is setuid" >&2
+        exit 1
+    fi
+done
+for page in pulsebox pulsebox-query pulsebox-demonet; do
+    shown=$(MANPAGER=cat MANWIDTH=80 man "$page" 2>/dev/null) || true
+    if ! grep -q "^NAME" <<<"$shown"; then
+        echo "FAILED: man $page shows no manual page" >&2
+        exit 1
+    fi
+done
+# The query tool, capability and all, as an ordinary user would start it.
+said=$("${as_root[@]}" runuser -u nobody -- /usr/bin/pulsebox-query --version)
+echo "as nobody: $said"
+if [ "$said" != "pulsebox-query $version" ]; then
+    echo "FAILED: /usr/bin/pulsebox-query --version said \"$said\", not \"pulsebox-query $version\"" >&2
     exit 1
 fi
 
@@ -80,4 +111,5 @@ if [ -e /usr/bin/pulsebox ]; then
     echo "FAILED: /usr/bin/pulsebox is still there after removal" >&2
     exit 1
 fi
-echo "package check passed: installed, capability set, started and closed, removed"
+echo "package check passed in $(($(date +%s) - started)) s: lintian clean, metadata valid, installed," \
+     "capabilities set, manual pages shown, query tool run as nobody, started and closed, removed"

@@ -1,6 +1,8 @@
 // The launcher bar's and the tray's decisions, without windows.
 #include "launch/launchbar.h"
 #include "probes/address.h"
+#include "serverlist/probedecisions.h"
+#include "serverlist/serverentry.h"
 #include "shell/taskbar.h"
 
 #include <QtTest>
@@ -76,6 +78,12 @@ private slots:
         for (const QString &port : {u":0"_s, u":"_s, u":abc"_s, u""_s})
             QCOMPARE(entryOf(u"127.0.0.5"_s + port, u"x"_s).server.Port, 27910);
         QCOMPARE(entryOf(u"127.0.0.5:27911:9"_s, u"x"_s).server.Port, 27911);
+        // The port is read as the refresh reads it ("27910.7" is 27911); only a port worth
+        // 0 differs: the refresh has no port to ask there, the bar asks 27910.
+        for (const QString &entry : {u"127.0.0.5:27910.7"_s, u"127.0.0.5:27912.5"_s, u"127.0.0.5: 27913"_s})
+            QCOMPARE(entryOf(entry, u"x"_s).server.Port, Probe::PortNumber(ServerEntry::split(entry).port));
+        QCOMPARE(entryOf(u"127.0.0.5:27910.7"_s, u"x"_s).server.Port, 27911);
+        QCOMPARE(Probe::PortNumber(ServerEntry::split(u"127.0.0.5:0"_s).port), 0);
         e = entryOf(u"127.0.0.5:27911"_s, u"x"_s);
         QCOMPARE(AddressToDotted(e.server.Address), u"127.0.0.5"_s);
         // Only 50 NULs fall back to the address as stored; empty text gives an empty caption.

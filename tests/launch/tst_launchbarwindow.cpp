@@ -83,7 +83,7 @@ private slots:
         w->mnuIconize->trigger();
         QVERIFY(!w->isVisible());
         QVERIFY(maker.tray && maker.tray->shown);
-        QCOMPARE(maker.tray->tip, u"Pulsebox 1.1"_s);
+        QCOMPARE(maker.tray->tip, u"Pulsebox 1.2"_s);
         QVERIFY(!maker.tray->icon.isNull());
 
         // A single press: the half-second wait runs, then the bar opens and the icon stays.
@@ -153,7 +153,7 @@ private slots:
             if (top->objectName() == u"trayStandIn"_s && top->isVisible())
                 standIn = top;
         QVERIFY(standIn);
-        QCOMPARE(standIn->toolTip(), u"Pulsebox 1.1"_s);
+        QCOMPARE(standIn->toolTip(), u"Pulsebox 1.2"_s);
         QVERIFY(QGuiApplication::primaryScreen()->availableGeometry().contains(standIn->geometry()));
 
         QTest::mouseClick(standIn, Qt::LeftButton);

@@ -2,6 +2,7 @@
 
 #include "probes/address.h"
 #include "probes/hoptrace.h"
+#include "probes/timeouts.h"
 #include "serverlist/probedecisions.h"
 #include "shell/activity.h"
 #include "shell/itemlist.h"
@@ -181,7 +182,7 @@ private slots:
         hooks.lines = [&](const QStringList &made) { lines << made; };
         hooks.bound = [] { return qint64(1); };
         hooks.stop = [&] { return ++probes > 40; };
-        HopTrace::run(env.echo, DottedToAddress(u"127.0.60.8"_s), HopTrace::kPingRunTicks, hooks);
+        HopTrace::run(env.echo, DottedToAddress(u"127.0.60.8"_s), Timeouts::kPingRunHopTicks, hooks);
         QCOMPARE(env.echo.sent.size(), 17);  // the 17th probe saw 16 ticks and counted a silent hop
         QCOMPARE(lines, QStringList{u"Trace Route: Hop 1 *.*.*.* time=*** ms."_s});
     }

@@ -5,6 +5,7 @@
 #include "probes/frmservinfo.h"
 #include "probes/frmsrvpop.h"
 #include "probes/gamequerychannel.h"
+#include "probes/timeouts.h"
 #include "serverlist/probedecisions.h"
 #include "shell/itemlist.h"
 #include "shell/mainwindow.h"
@@ -86,7 +87,7 @@ private slots:
         clock.start();
         auto result = channel.versionProbe(QStringLiteral("127.0.10.6"), QStringLiteral("27910"));
         QVERIFY(clock.elapsed() >= 90);  // waited out its two ticks
-        QCOMPARE(GameQueryChannel::kQueryTicks, 2);
+        QCOMPARE(Timeouts::kQueryTicks, 2);
         QCOMPARE(result.version, QStringLiteral("3.14"));
         QCOMPARE(result.infoLine, QStringLiteral("No data returned"));
         QCOMPARE(silent->received.size(), 1);

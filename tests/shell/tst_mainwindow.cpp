@@ -233,7 +233,7 @@ private slots:
             QTimer::singleShot(300, [] {
                 frmSplash *splash = visibleSplash();
                 QVERIFY(splash);
-                QCOMPARE(splash->lblVersion->text(), QStringLiteral("Version 1.1.1"));
+                QCOMPARE(splash->lblVersion->text(), QStringLiteral("Version " PULSEBOX_VERSION));
                 QCOMPARE(splash->Label1->text(), QStringLiteral("Use at your own risk."));
                 QCOMPARE(splash->lblPlatform->text(), QStringLiteral("Win95"));
                 QVERIFY(!(splash->windowFlags() & Qt::FramelessWindowHint));  // a fixed dialog border

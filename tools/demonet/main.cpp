@@ -1,6 +1,7 @@
 // The demo network: a server list over HTTP and simulated game servers on loopback.
 #include "demonetwork.h"
 
+#include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFile>
 #include <QTextStream>
@@ -10,9 +11,24 @@
 int main(int argc, char *argv[])
 {
     QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("pulsebox-demonet"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(PULSEBOX_VERSION));
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral(
+        "Runs a demo network on loopback until Ctrl+C or SIGTERM: a Quake 2 server list over HTTP on\n"
+        "127.0.0.1 (port 80, else 8080 and up), simulated game servers on 127.0.0.2 and up, and a\n"
+        "master server when the population has one (the built-in population does). It prints the\n"
+        "list's URL and the master's."));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.addPositionalArgument(
+        QStringLiteral("population"),
+        QStringLiteral("A population file instead of the built-in one: one http, master, server or list line each."),
+        QStringLiteral("[population]"));
+    parser.process(app);
     QTextStream out(stdout);
     QTextStream err(stderr);
-    const QStringList args = app.arguments();
+    const QStringList args = QStringList{app.arguments().value(0)} + parser.positionalArguments();
     Demo::Config config = Demo::Config::builtIn();
     if (args.size() > 1) {
         QFile file(args[1]);

@@ -1,23 +1,19 @@
 // pulsebox-query: probes Quake 2 servers from the command line with the same
 // engine and the same decisions as the window's fast refresh.
 #include "engine/probeengine.h"
-#include "favorites/favfile.h"
-#include "probes/dssocket.h"
 #include "probes/statusanswer.h"
-#include "serverlist/masterclient.h"
+#include "probes/timeouts.h"
+#include "serverlist/listsource.h"
 #include "serverlist/masterlist.h"
 #include "serverlist/urltext.h"
-#include "shell/wiretext.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QEventLoop>
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTextStream>
-#include <QTimer>
 
 #include <algorithm>
 #include <climits>
@@ -56,102 +52,69 @@ bool wholeNumber(const QCommandLineParser &parser, const QString &name, int *val
     return true;
 }
 
-// A list or favorites file, whole; a file (or device) holding more than any
-// real list is refused rather than read into memory without end.
-constexpr qint64 kMaxInputFile = 16 * 1024 * 1024;
+// A master is given at least this long, however short the query time-out.
+constexpr int kMinMasterWaitMs = 2000;
 
-bool readInputFile(const QString &path, const QString &kind, QByteArray *bytes, QString *problem)
+// Runs a started source to its end.
+void waitFor(ListSource &source)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        *problem = u"Cannot read the %1 file %2: %3"_s.arg(kind, path, file.errorString());
-        return false;
-    }
-    *bytes = file.read(kMaxInputFile + 1);
-    if (bytes->size() > kMaxInputFile) {
-        *problem = u"The %1 file %2 holds more than 16 MiB: too large to be one."_s.arg(kind, path);
-        return false;
-    }
-    return true;
+    if (!source.isRunning())
+        return;
+    QEventLoop loop;
+    QObject::connect(&source, &ListSource::finished, &loop, &QEventLoop::quit);
+    loop.exec();
 }
 
-// Entries of a list file: one server a line, blank lines skipped.
-bool readListFile(const QString &path, QList<ProbeEntry> *entries, QString *problem)
+// The entries a source gave: an empty one names no server and is skipped.
+void append(const ListSource &source, bool favorite, QList<ProbeEntry> *entries)
 {
-    QByteArray bytes;
-    if (!readInputFile(path, u"list"_s, &bytes, problem))
-        return false;
-    for (const QString &line : SplitLines(WireText::fromBytes(bytes))) {
-        const QString entry = TrimSpaces(line);
+    for (const QString &text : source.entries()) {
+        const QString entry = TrimSpaces(text);
         if (!entry.isEmpty())
-            entries->append({entry, false});
+            entries->append({entry, favorite});
     }
-    return true;
 }
 
-bool readFavorites(const QString &path, QList<ProbeEntry> *entries, QString *problem)
+// A list or favorites file; false with the reason when it cannot be read.
+bool readFile(const QString &path, bool favorites, QList<ProbeEntry> *entries, QString *problem)
 {
-    QByteArray bytes;
-    if (!readInputFile(path, u"favorites"_s, &bytes, problem))
-        return false;
-    for (const Favorite &f : FavFile::parse(bytes)) {
-        const QString entry = TrimSpaces(f.address);
-        if (!entry.isEmpty())
-            entries->append({entry, true});
-    }
-    return true;
+    ListSource source;
+    if (favorites)
+        source.startFavoritesFile(path);
+    else
+        source.startFile(path);
+    *problem = source.problem();
+    append(source, favorites, entries);
+    return problem->isEmpty();
 }
 
 // The entries of a web list, fetched as the window fetches it (port 80 unless
 // the URL's host carries one); false with the reason when the fetch failed.
-bool readWebList(const QString &url, int timeoutMs, QList<ProbeEntry> *entries, QString *problem)
+bool readWebList(const QString &url, QList<ProbeEntry> *entries, QString *problem)
 {
-    const QString host = UrlHost(TrimSpaces(url));
-    if (host.isEmpty()) {
+    ListSource source;
+    if (!source.start(url)) {
         *problem = u"Not a list URL: \"%1\" (http://HOST[:PORT]/PATH)."_s.arg(url);
         return false;
     }
-    DsSocket socket(DsSocket::Kind::Stream);
-    socket.RemoteHost = host;
-    socket.RemotePort = 80;
-    socket.LineMode = true;
-    socket.EOLChar = 10;
-    ListBodyReader body;
-    QEventLoop loop;
-    QObject::connect(&socket, &DsSocket::SendReady, [&] { socket.Send(ListRequestText(host, UrlPath(TrimSpaces(url)))); });
-    QObject::connect(&socket, &DsSocket::DataArrival, [&](const QString &line) {
-        QString entry;
-        if (body.take(line, &entry) && !entry.isEmpty())
-            entries->append({entry, false});
-    });
-    QObject::connect(&socket, &DsSocket::Closed, &loop, &QEventLoop::quit);
-    QObject::connect(&socket, &DsSocket::Error, [&](int number, const QString &text) {
-        *problem = u"The list at %1 could not be fetched: %2 %3"_s.arg(url).arg(number).arg(text);
-        loop.quit();
-    });
-    QTimer::singleShot(std::max(timeoutMs, 5000), &loop, [&] {
-        *problem = u"The list at %1 did not arrive in time."_s.arg(url);
-        loop.quit();
-    });
-    if (!socket.Connect()) {
-        *problem = u"The list at %1 could not be fetched: %2 %3"_s.arg(url).arg(socket.LastError).arg(socket.LastErrorText);
-        return false;
-    }
-    loop.exec();
+    waitFor(source);
+    append(source, false, entries);
+    if (source.outcome() == ListSource::Outcome::Failed)
+        *problem = source.kind() == ListSource::Kind::Master
+                       ? source.problem()
+                       : u"The list at %1 could not be fetched: %2"_s.arg(url, source.problem());
     return problem->isEmpty();
 }
 
 // The master's servers, or why there are none.
-QStringList askMaster(const MasterList::Location &master, int timeoutMs, QString *problem)
+void askMaster(const MasterList::Location &master, int timeoutMs, QList<ProbeEntry> *entries, QString *problem)
 {
-    MasterClient client;
-    client.timeoutMs = timeoutMs;
-    QEventLoop loop;
-    QObject::connect(&client, &MasterClient::finished, &loop, &QEventLoop::quit);
-    client.start(master.host, master.port);
-    loop.exec();
-    *problem = client.errorText();
-    return client.entries();
+    ListSource source;
+    source.setMasterTimeout(timeoutMs);
+    source.startMaster(master.host, master.port);
+    waitFor(source);
+    *problem = source.problem();
+    append(source, false, entries);
 }
 
 QString rttSourceText(RttSource source)
@@ -184,12 +147,12 @@ QJsonObject jsonOf(const ProbeResult &r, bool withStatus)
     o[u"players"_s] = r.answered && inUse ? QJsonValue(players) : QJsonValue();
     o[u"maxPlayers"_s] = r.answered && capacity ? QJsonValue(maxPlayers) : QJsonValue();
     if (withStatus) {
-        const StatusAnswer status = GameQuery::parseStatus(r.statusAnswer);
+        const StatusAnswer status = StatusAnswer::parse(r.statusAnswer);
         QJsonObject settings;
-        for (const auto &[key, value] : status.settings)
+        for (const auto &[key, value] : status.settings())
             settings[key] = value;
         QJsonArray list;
-        for (const StatusAnswer::Player &p : status.players)
+        for (const StatusAnswer::Player &p : status.players())
             list.append(QJsonObject{{u"score"_s, p.score}, {u"ping"_s, p.ping}, {u"name"_s, p.name}});
         o[u"settings"_s] = settings;
         o[u"playerList"_s] = list;
@@ -232,7 +195,8 @@ int run()
         {u"regular"_s, u"Regular Ping: three echoes per server instead of one."_s},
         {u"rate"_s, u"Packets per second, echoes and queries together (10 to 100000, default 8000)."_s,
          u"pps"_s},
-        {u"timeout"_s, u"How long each query waits for its answer (50 to 60000 ms, default 2000)."_s, u"ms"_s},
+        {u"timeout"_s, u"How long each query waits for its answer (50 to 60000 ms, default %1)."_s
+                           .arg(Timeouts::kQueryMs), u"ms"_s},
         {u"retries"_s, u"Re-sends of an unanswered query within the time-out (0 to 9, default 1)."_s, u"n"_s},
         {u"status"_s, u"Also ask each answering server for its settings and players."_s},
         {u"json"_s, u"Every server as a JSON object (an array on standard output)."_s},
@@ -280,12 +244,12 @@ int run()
         }
         entries.append({argument, false});
     }
-    if ((parser.isSet(u"file"_s) && !readListFile(parser.value(u"file"_s), &entries, &problem))
-        || (parser.isSet(u"favorites"_s) && !readFavorites(parser.value(u"favorites"_s), &entries, &problem))) {
+    if ((parser.isSet(u"file"_s) && !readFile(parser.value(u"file"_s), false, &entries, &problem))
+        || (parser.isSet(u"favorites"_s) && !readFile(parser.value(u"favorites"_s), true, &entries, &problem))) {
         err() << problem << "\n";
         return ExitUsage;
     }
-    if (parser.isSet(u"url"_s) && !readWebList(parser.value(u"url"_s), settings.queryTimeoutMs, &entries, &problem))
+    if (parser.isSet(u"url"_s) && !readWebList(parser.value(u"url"_s), &entries, &problem))
         err() << problem << "\n";  // probes what did arrive; none: status 1 below
     if (parser.isSet(u"master"_s)) {
         const auto master = MasterList::parseHostPort(parser.value(u"master"_s));
@@ -293,11 +257,9 @@ int run()
             err() << "Not a master server: \"" << parser.value(u"master"_s) << "\" (HOST or HOST:PORT).\n";
             return ExitUsage;
         }
-        const QStringList listed = askMaster(*master, std::max(settings.queryTimeoutMs, 2000), &problem);
+        askMaster(*master, std::max(settings.queryTimeoutMs, kMinMasterWaitMs), &entries, &problem);
         if (!problem.isEmpty())
             err() << problem << "\n";
-        for (const QString &entry : listed)
-            entries.append({entry, false});
     }
     if (entries.isEmpty()) {
         if (!problem.isEmpty())

@@ -5,6 +5,8 @@
 // Pulsebox.cfg holds one line: the game path as the player typed it.
 namespace GameConfig {
 inline const QString kName = QStringLiteral("Pulsebox.cfg");
+// Only the first line counts: more than this is never read.
+constexpr qint64 kMaxBytes = 64 * 1024;
 QString firstLine(const QByteArray &bytes);
 QByteArray serialize(const QString &typedPath);
 }

@@ -1,9 +1,11 @@
 #include "launch/launchbar.h"
 
 #include "probes/address.h"
+#include "probes/statusanswer.h"
+#include "serverlist/probedecisions.h"
+#include "serverlist/serverentry.h"
 #include "serverlist/urltext.h"
 
-#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -12,14 +14,14 @@ namespace LaunchBar {
 Entry entryOf(const QString &address, const QString &description)
 {
     Entry entry;
-    const QString lower = address.toLower();
-    const qsizetype colon = lower.indexOf(u':');
-    const QString host = colon < 0 ? lower : lower.left(colon);
-    const qint64 port = colon < 0 ? 0 : LeadingNumber(lower.mid(colon + 1));
-    entry.server.Address = DottedToAddress(host);
+    // Read as the refresh reads an entry; only a port of value 0 differs: the bar
+    // queries 27910 there.
+    const ServerEntry server = ServerEntry::split(address);
+    const qint32 port = Probe::PortNumber(server.port);
+    entry.server.Address = DottedToAddress(server.host);
     // The port is kept as the number written, as the record holds it; one that is
     // out of range fails at the send, like every other query's.
-    entry.server.Port = port == 0 ? kDefaultPort : static_cast<qint32>(std::clamp<qint64>(port, -2147483647, 2147483647));
+    entry.server.Port = port == 0 ? kDefaultPort : port;
     entry.server.HostName = ServerRow::pad(description, 50);
     entry.caption = entry.server.HostName == QString(50, QChar(0)) ? address : TrimSpaces(entry.server.HostName);
     return entry;
@@ -44,34 +46,16 @@ bool captionIsAddress(const QString &caption)
 
 std::optional<StatusView> statusView(const QString &reply)
 {
-    if (reply.size() < 10)
+    const StatusAnswer status = StatusAnswer::parse(reply);
+    if (!status.complete)
         return std::nullopt;
-    const QString rest = reply.mid(10);
-    const qsizetype lf = rest.indexOf(u'\n');
-    const QString serverLine = PrintableText(lf < 0 ? QString() : rest.left(lf + 1)) + u'\\';
-
     StatusView view;
-    int separators = 0;
-    bool hostNameKey = false;
-    QString token;
-    for (const QChar c : serverLine) {
-        if (c != u'\\') {
-            token += c;
-            continue;
-        }
-        if (separators != 0) {
-            if (separators % 2 == 1) {
-                if (token.contains(u"hostname"_s))
-                    hostNameKey = true;
-            } else if (hostNameKey) {
-                view.hostNames += token;
-                hostNameKey = false;
-            }
-        }
-        ++separators;
-        token.clear();
+    const QStringList &fields = status.serverFields;
+    for (qsizetype i = 0; i + 1 < fields.size(); i += 2) {  // a last key without its value names nothing
+        if (fields[i].contains(u"hostname"_s))
+            view.hostNames += fields[i + 1];
     }
-    QString players = lf < 0 ? rest : rest.mid(lf + 1);
+    QString players = status.playerText;
     view.text = u"PLAYER STATUS:\r\n"_s + players.replace(u'\n', u"\r\n"_s);
     return view;
 }

@@ -1,5 +1,6 @@
 #include "probes/gamequery.h"
 
+#include "probes/statusanswer.h"
 #include "serverlist/urltext.h"
 
 namespace GameQuery {
@@ -88,29 +89,12 @@ QString infoLine(const QString &answer)
 
 QString serverInfoText(const QString &answer)
 {
-    const QString rest = answer.size() > 10 ? answer.mid(10) : QString();
-    const qsizetype lf = rest.indexOf(u'\n');
-    const QString serverLine = PrintableText(lf < 0 ? QString() : rest.left(lf + 1)) + u'\\';
-
+    const StatusAnswer status = StatusAnswer::parse(answer);
     QString text = QStringLiteral("SERVER STATUS:") + kCrLf;
-    int separators = 0;
-    QString token;
-    for (const QChar c : serverLine) {
-        if (c != u'\\') {
-            token += c;
-            continue;
-        }
-        if (separators % 2 == 1)
-            text += token;
-        else if (separators != 0)
-            text += u'=' + token + kCrLf;
-        ++separators;
-        token.clear();
-    }
-    text += kCrLf + QStringLiteral("PLAYER STATUS:") + kCrLf;
-    QString players = lf < 0 ? rest : rest.mid(lf + 1);
-    text += players.replace(u'\n', kCrLf);
-    return text;
+    for (qsizetype i = 0; i < status.serverFields.size(); ++i)
+        text += i % 2 == 0 ? status.serverFields[i] : u'=' + status.serverFields[i] + kCrLf;
+    QString players = status.playerText;
+    return text + kCrLf + QStringLiteral("PLAYER STATUS:") + kCrLf + players.replace(u'\n', kCrLf);
 }
 
 }

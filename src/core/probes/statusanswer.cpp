@@ -1,10 +1,6 @@
 #include "probes/statusanswer.h"
 #include "serverlist/urltext.h"
 
-#include <QStringList>
-
-namespace GameQuery {
-
 namespace {
 // Reads a decimal number (with an optional sign) at `at`, moving `at` past it.
 bool readNumber(const QString &line, qsizetype &at, int *value)
@@ -22,23 +18,34 @@ bool readNumber(const QString &line, qsizetype &at, int *value)
 }
 }
 
-StatusAnswer parseStatus(const QString &answer)
+StatusAnswer StatusAnswer::parse(const QString &answer)
 {
     StatusAnswer status;
-    QStringList lines = answer.split(u'\n');
-    if (lines.size() < 2)
-        return status;
-    const QString settings = PrintableText(lines[1]);
-    const QStringList parts = settings.mid(settings.indexOf(u'\\') + 1).split(u'\\');
-    if (settings.contains(u'\\')) {
-        for (qsizetype i = 0; i < parts.size(); i += 2)
-            status.settings.append({parts[i], parts.value(i + 1)});
-    }
-    for (qsizetype l = 2; l < lines.size(); ++l) {
-        const QString line = PrintableText(lines[l]);
+    status.complete = answer.size() >= 10;
+    const QString rest = answer.mid(10);
+    const qsizetype lf = rest.indexOf(u'\n');
+    if (lf >= 0)
+        status.serverFields = PrintableText(rest.left(lf)).split(u'\\').mid(1);
+    status.playerText = lf < 0 ? rest : rest.mid(lf + 1);
+    return status;
+}
+
+QList<QPair<QString, QString>> StatusAnswer::settings() const
+{
+    QList<QPair<QString, QString>> pairs;
+    for (qsizetype i = 0; i < serverFields.size(); i += 2)
+        pairs.append({serverFields[i], serverFields.value(i + 1)});
+    return pairs;
+}
+
+QList<StatusAnswer::Player> StatusAnswer::players() const
+{
+    QList<Player> players;
+    for (const QString &text : playerText.split(u'\n')) {
+        const QString line = PrintableText(text);
         if (TrimSpaces(line).isEmpty())
             continue;
-        StatusAnswer::Player player;
+        Player player;
         qsizetype at = 0;
         if (readNumber(line, at, &player.score) && readNumber(line, at, &player.ping)) {
             QString name = line.mid(at).trimmed();
@@ -48,9 +55,7 @@ StatusAnswer parseStatus(const QString &answer)
         } else {
             player = {0, 0, TrimSpaces(line)};
         }
-        status.players.append(player);
+        players.append(player);
     }
-    return status;
-}
-
+    return players;
 }

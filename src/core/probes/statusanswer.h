@@ -2,24 +2,34 @@
 #include <QList>
 #include <QPair>
 #include <QString>
+#include <QStringList>
 
-// A "status" answer taken apart for programs that read it (the command-line
-// tool's JSON): the settings in the server's order and one entry per player.
+// A game server's answer to "status", taken apart once for Server Info, the
+// launcher bar's pop-up and the command-line tool: its first 10 characters (four
+// 0xFF bytes, "print" and a line feed) are skipped unchecked; the server line, up
+// to the next line feed, holds "\" key "\" value pairs; every later line is a player.
 struct StatusAnswer {
     struct Player {
         int score = 0;
         int ping = 0;
         QString name;
     };
-    QList<QPair<QString, QString>> settings;
-    QList<Player> players;
-};
 
-namespace GameQuery {
-// The answer's first line ("print") is skipped; text before the first "\" of the
-// settings line is ignored (some servers put a greeting there); a key without its
-// value gets an empty one. A player line is "score ping \"name\""; a line whose
-// numbers do not read is kept with 0 for them and its text as the name. The
-// answer as received: one character per byte.
-StatusAnswer parseStatus(const QString &answer);
-}
+    bool complete = false;  // the opening 10 characters came
+    // The server line's printable text after its first "\", cut at every "\":
+    // keys and values in turn, as sent; a last key may lack its value. Text before
+    // the first "\" (some servers greet there) is no field.
+    QStringList serverFields;
+    // Everything after the server line, as received; the whole rest when the
+    // server line never ended.
+    QString playerText;
+
+    // The answer as received: one character per byte.
+    static StatusAnswer parse(const QString &answer);
+
+    // Key and value pairs in the server's order; a key without its value gets "".
+    QList<QPair<QString, QString>> settings() const;
+    // One per non-blank player line "score ping \"name\""; a line whose numbers do
+    // not read is kept with 0 for them and its text as the name.
+    QList<Player> players() const;
+};

@@ -2,24 +2,22 @@
 
 #include "probes/address.h"
 #include "probes/icmppacket.h"
+#include "probes/icmpsocket.h"
 
 #include <QSocketNotifier>
 
 #include <arpa/inet.h>
 #include <cerrno>
-#include <fcntl.h>
 #include <linux/errqueue.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 
 namespace {
 constexpr int kDataArea = 250;
 constexpr qint64 kMs = 1000000;
-std::atomic<quint16> g_nextId{0x5A00};
 
 void store(const IcmpPacket::Answer &answer, quint32 fallbackFrom, EchoReply &reply)
 {
@@ -76,20 +74,15 @@ bool IcmpEchoBatch::open()
     if (tried_)
         return fd_ >= 0;
     tried_ = true;
-    fd_ = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, IPPROTO_ICMP);
-    if (fd_ >= 0) {
-        const int on = 1;
-        ::setsockopt(fd_, IPPROTO_IP, IP_RECVERR, &on, sizeof on);
-        ::setsockopt(fd_, IPPROTO_IP, IP_RECVTTL, &on, sizeof on);
-    } else {
-        fd_ = ::socket(AF_INET, SOCK_RAW | SOCK_CLOEXEC | SOCK_NONBLOCK, IPPROTO_ICMP);
-        if (fd_ < 0) {
-            reason_ = QStringLiteral("ICMP echo is not allowed here (neither a ping socket nor a raw socket)");
-            return false;
-        }
-        raw_ = true;
-        id_ = static_cast<quint16>((::getpid() & 0xFFFF) ^ (g_nextId.fetch_add(1) * 0x9E37));
+    const IcmpSocket socket = IcmpSocket::open(SOCK_NONBLOCK);
+    if (socket.fd < 0) {
+        reason_ = IcmpSocket::notAllowedText(
+            QStringLiteral("round trips are measured by each server's first game query instead"));
+        return false;
     }
+    fd_ = socket.fd;
+    raw_ = socket.raw;
+    id_ = socket.rawId;
     // Many answers arrive together; a larger buffer keeps the kernel from dropping them.
     const int buffer = 1 << 20;
     ::setsockopt(fd_, SOL_SOCKET, SO_RCVBUF, &buffer, sizeof buffer);

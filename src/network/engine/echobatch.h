@@ -17,7 +17,8 @@ class EchoBatch : public QObject {
     Q_OBJECT
 public:
     using QObject::QObject;
-    // Empty while echoes can be sent; otherwise why not and how to allow it.
+    // Empty while echoes can be sent; otherwise why not, that round trips then come
+    // from the first game query, and how to allow echoes.
     virtual QString unavailableReason() = 0;
     // `token` is the caller's; it comes back with the answer.
     virtual void send(int token, qint32 destination, const QByteArray &payload, int ttl, int timeoutMs) = 0;

@@ -140,7 +140,7 @@ void ProbeEngine::start(const QList<ProbeEntry> &entries)
     icmp_ = reason.isEmpty();
     rttNotice_.clear();
     if (!icmp_) {
-        rttNotice_ = reason + u"; round trips are measured by each server's first game query instead."_s;
+        rttNotice_ = reason;
         emit notice(rttNotice_);
     }
     startNext();

@@ -1,5 +1,6 @@
 #pragma once
 #include "engine/echobatch.h"
+#include "probes/timeouts.h"
 #include "shell/serverrow.h"
 
 #include <QElapsedTimer>
@@ -42,8 +43,8 @@ struct ProbeSettings {
     int ttl = 90;                 // time-to-live of the echoes, 0..255 (0 goes out as 1)
     QString ttlText = QStringLiteral("90");  // as typed: the log lines show it
     double pingLimit = 230;       // ms; a ping above it is only logged (equal is accepted)
-    int echoTimeoutMs = 200;      // per echo
-    int queryTimeoutMs = 2000;    // how long one info query listens for its answer, from its first send
+    int echoTimeoutMs = Timeouts::kPingEchoMs;  // per echo
+    int queryTimeoutMs = Timeouts::kQueryMs;    // how long one info query listens for its answer, from its first send
     int tries = 2;                // sends of one query inside queryTimeoutMs (the rest are re-sends)
     int rate = 8000;              // packets per second, echoes and queries together
     int inFlight = 1000;          // servers probed at the same time

@@ -2,6 +2,7 @@
 
 #include "probes/dssocket.h"
 #include "probes/gamequery.h"
+#include "probes/timeouts.h"
 #include "serverlist/probedecisions.h"
 #include "shell/prompter.h"
 #include "shell/ticker.h"
@@ -29,7 +30,7 @@ GameQueryChannel::~GameQueryChannel() = default;
 
 int GameQueryChannel::queryWaitMs()
 {
-    return static_cast<int>(std::lround(kQueryTicks * 1000 * Ticker::timeScale()));
+    return static_cast<int>(std::lround(Timeouts::kQueryMs * Ticker::timeScale()));
 }
 
 void GameQueryChannel::setActivity(Activity *activity) { activity_ = activity; }
@@ -53,7 +54,7 @@ void GameQueryChannel::waitForOtherQuery()
     if (!activity_->isRunning(other))
         return;
     ticks_ = 0;
-    ticker_->setInterval(1000);
+    ticker_->setInterval(Timeouts::kTickMs);
     waitUntil([this, other] { return !activity_ || !activity_->isRunning(other) || ticks_ >= tickLimit_; });
     ticker_->setInterval(0);
 }
@@ -75,7 +76,7 @@ QString GameQueryChannel::query(const QString &address, const QString &port, int
     if (activity_)
         marked.emplace(*activity_, mine_);
     socket_->Connect();
-    ticker_->setInterval(1000);
+    ticker_->setInterval(Timeouts::kTickMs);
     waitUntil([this] { return !lastReply_.isEmpty() || ticks_ >= tickLimit_; });
     ticker_->setInterval(0);
     busy_ = wasBusy;

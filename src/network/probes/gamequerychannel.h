@@ -1,4 +1,5 @@
 #pragma once
+#include "probes/timeouts.h"
 #include "shell/activity.h"
 
 #include <QObject>
@@ -20,9 +21,7 @@ class Ticker;
 class GameQueryChannel : public QObject {
     Q_OBJECT
 public:
-    // Ticks a query of the main window waits for its reply.
-    static constexpr int kQueryTicks = 2;
-    // The same wait in milliseconds at the ticker's current time scale: the probe
+    // Timeouts::kQueryTicks in milliseconds at the ticker's current time scale: the probe
     // engine listens this long, and so hears every server the serial query hears.
     static int queryWaitMs();
 
@@ -66,7 +65,7 @@ private:
     DsSocket *socket_;
     Ticker *ticker_;
     qint64 ticks_ = 0;
-    int tickLimit_ = kQueryTicks;
+    int tickLimit_ = Timeouts::kQueryTicks;
     int mode_ = 1;        // which datagram the next send-ready sends
     QString lastReply_;   // the last datagram received, whichever query it answers
     bool busy_ = false;

@@ -1,6 +1,7 @@
 #include "probes/hoptrace.h"
 
 #include "probes/echoservice.h"
+#include "probes/timeouts.h"
 #include "serverlist/probedecisions.h"
 #include "shell/ticker.h"
 #include "shell/waiting.h"
@@ -15,12 +16,12 @@ HopSearch run(EchoService &echo, qint32 destination, int tickLimit, const Hooks 
     qint64 ticks = 0;  // once per trace: the tick rule spans the whole trace
     Ticker ticker;
     QObject::connect(&ticker, &Ticker::timeout, &ticker, [&ticks] { ++ticks; });
-    ticker.setInterval(1000);
+    ticker.setInterval(Timeouts::kTickMs);
     do {
         if (hooks.beforeProbe)
             hooks.beforeProbe();
         EchoReply reply;
-        const int got = echo.sendEcho(destination, payload, search.ttl(), kProbeTimeoutMs, reply);
+        const int got = echo.sendEcho(destination, payload, search.ttl(), Timeouts::kHopEchoMs, reply);
         // The ticks are read before yielding: a tick that fell due while the call
         // blocked is delivered by the yield and counts for the next probe.
         const QStringList lines = search.record(got != 0, reply.Address, reply.RoundTripTime, ticks);

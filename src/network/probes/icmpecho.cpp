@@ -2,8 +2,8 @@
 
 #include "probes/address.h"
 #include "probes/icmppacket.h"
+#include "probes/icmpsocket.h"
 
-#include <QCoreApplication>
 #include <QElapsedTimer>
 
 #include <arpa/inet.h>
@@ -15,11 +15,9 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 
 namespace {
 constexpr int kDataArea = 250;
-std::atomic<quint16> g_nextId{0};
 
 int clampTtl(int ttl) { return std::clamp(ttl, 1, 255); }
 
@@ -56,7 +54,7 @@ LinuxIcmpEcho::~LinuxIcmpEcho()
 
 int LinuxIcmpEcho::openSocket(int type)
 {
-    return ::socket(AF_INET, type | SOCK_CLOEXEC, IPPROTO_ICMP);
+    return ::socket(AF_INET, type, IPPROTO_ICMP);
 }
 
 // A failure is not remembered: the player may open the ping sockets or give the
@@ -66,35 +64,16 @@ bool LinuxIcmpEcho::open()
 {
     if (fd_ >= 0)
         return true;
-    fd_ = openSocket(SOCK_DGRAM);
+    const IcmpSocket socket = IcmpSocket::open(0, [this](int type) { return openSocket(type); });
+    fd_ = socket.fd;
+    raw_ = socket.raw;
+    if (socket.raw)
+        id_ = socket.rawId;
     if (fd_ >= 0) {
-        raw_ = false;
         reason_.clear();
-        const int on = 1;
-        // Without IP_RECVERR the kernel drops "time exceeded" and "unreachable" for us.
-        ::setsockopt(fd_, IPPROTO_IP, IP_RECVERR, &on, sizeof on);
-        ::setsockopt(fd_, IPPROTO_IP, IP_RECVTTL, &on, sizeof on);
         return true;
     }
-    fd_ = openSocket(SOCK_RAW);
-    if (fd_ >= 0) {
-        raw_ = true;
-        reason_.clear();
-        id_ = static_cast<quint16>((::getpid() & 0xFFFF) ^ (g_nextId.fetch_add(1) * 0x9E37));
-        return true;
-    }
-    const QString program = QCoreApplication::instance() ? QCoreApplication::applicationFilePath()
-                                                         : QStringLiteral("<path to pulsebox>");
-    reason_ = QStringLiteral(
-        "Pulsebox cannot send pings (ICMP echo) on this machine: it may open neither an "
-        "unprivileged ping socket nor a raw socket, so every server will fail its ping "
-        "(code 11050).\n\n"
-        "To allow it, either let your group use ping sockets (this works at once: no restart "
-        "is needed, the next Refresh List pings again):\n"
-        "    sudo sysctl -w net.ipv4.ping_group_range=\"0 2147483647\"\n"
-        "or give the program the raw-socket capability (this takes effect only when Pulsebox "
-        "is started again):\n"
-        "    sudo setcap cap_net_raw+ep %1").arg(program);
+    reason_ = IcmpSocket::notAllowedText(QStringLiteral("every server will fail its ping (code 11050)"));
     return false;
 }
 

@@ -17,7 +17,8 @@ public:
     QString socketKind();
 
 protected:
-    // socket(AF_INET, type, IPPROTO_ICMP); a seam for the tests of the retry.
+    // socket(AF_INET, type, IPPROTO_ICMP), `type` with its flags; a seam for the
+    // tests of the retry.
     virtual int openSocket(int type);
 
 private:

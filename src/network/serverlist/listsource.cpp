@@ -1,21 +1,35 @@
-// Stand-in for the web list and master kinds until the full list source is merged.
 #include "serverlist/listsource.h"
 
+#include "favorites/favfile.h"
 #include "probes/dssocket.h"
 #include "serverlist/masterclient.h"
 #include "serverlist/masterlist.h"
+#include "shell/boundedfile.h"
+#include "shell/wiretext.h"
 
-#include <QTimer>
+#include <algorithm>
+#include <climits>
 
 using namespace Qt::StringLiterals;
 
+namespace {
+// Far beyond any real list or favorites file.
+constexpr qint64 kMaxFileBytes = 16 * 1024 * 1024;
+
+// The status line's counters have always been 32-bit: a list far larger than
+// any real one must not wrap them.
+qint64 capped(qint64 n) { return std::min<qint64>(n, INT32_MAX); }
+}
+
 ListSource::ListSource(QObject *parent) : QObject(parent) {}
-ListSource::~ListSource() = default;
+
+ListSource::~ListSource() { cancel(); }
 
 void ListSource::reset(Kind kind, const QString &location)
 {
-    ++generation_;
+    cancel();
     kind_ = kind;
+    outcome_ = Outcome::Running;
     location_ = location;
     entries_.clear();
     bytes_ = 0;
@@ -25,65 +39,57 @@ void ListSource::reset(Kind kind, const QString &location)
 
 void ListSource::end(Outcome outcome)
 {
-    if (outcome_ != Outcome::Running)
-        return;
     outcome_ = outcome;
     emit finished();
 }
 
 void ListSource::endLater(Outcome outcome)
 {
-    const quint64 generation = generation_;
-    QTimer::singleShot(0, this, [this, generation, outcome] {
+    outcome_ = outcome;
+    QMetaObject::invokeMethod(this, [this, generation = generation_] {
         if (generation == generation_)
-            end(outcome);
-    });
+            emit finished();
+    }, Qt::QueuedConnection);
 }
 
 bool ListSource::start(const QString &location)
 {
-    const QString trimmed = TrimSpaces(location);
+    const QString text = TrimSpaces(location);
     MasterList::Location master;
-    if (MasterList::parseUrl(trimmed, &master)) {
-        if (master.host.isEmpty()) {
-            reset(Kind::Master, trimmed);
-            outcome_ = Outcome::InvalidLocation;
-            return false;
-        }
+    if (MasterList::parseUrl(text, &master)) {
         const bool started = startMaster(master.host, master.port);
-        location_ = trimmed;
+        location_ = text;
         return started;
     }
-    reset(Kind::WebList, trimmed);
-    const QString host = UrlHost(trimmed);
+    reset(Kind::WebList, text);
+    const QString host = UrlHost(text);
     if (host.isEmpty()) {
         outcome_ = Outcome::InvalidLocation;
         return false;
     }
-    if (!socket_) {
-        socket_ = new DsSocket(DsSocket::Kind::Stream, this);
-        connect(socket_, &DsSocket::Connected, this, [this] { emit statusChanged(u"Connected..."_s); });
-        connect(socket_, &DsSocket::SendReady, this, &ListSource::sendRequest);
-        connect(socket_, &DsSocket::DataArrival, this, &ListSource::takeLine);
-        connect(socket_, &DsSocket::Closed, this, [this] {
-            emit statusChanged(u"Connection closed..."_s + QString::number(bytes_) + u" bytes received."_s);
-            end(Outcome::Listed);
-        });
-        connect(socket_, &DsSocket::Error, this, [this](int number, const QString &description) {
-            problem_ = QString::number(number) + u' ' + description;
-            emit statusChanged(u"dsSocket1 Error : "_s + QString::number(number) + u':' + description);
-            end(Outcome::Failed);
-        });
-    }
+    socket_ = new DsSocket(DsSocket::Kind::Stream, this);
     socket_->LineMode = true;
     socket_->EOLChar = 10;
     socket_->RemoteHost = host;
     socket_->RemotePort = 80;
-    outcome_ = Outcome::Running;
+    connect(socket_, &DsSocket::Connected, this, [this] { emit statusChanged(u"Connected..."_s); });
+    connect(socket_, &DsSocket::SendReady, this, &ListSource::sendRequest);
+    connect(socket_, &DsSocket::DataArrival, this, &ListSource::takeLine);
+    connect(socket_, &DsSocket::Closed, this, [this] {
+        emit statusChanged(u"Connection closed..."_s + QString::number(bytes_) + u" bytes received."_s);
+        end(Outcome::Listed);
+    });
+    connect(socket_, &DsSocket::Error, this, [this](int number, const QString &description) {
+        problem_ = QString::number(number) + u' ' + description;
+        emit statusChanged(u"dsSocket1 Error : "_s + QString::number(number) + u':' + description);
+        end(Outcome::Failed);
+    });
     if (!socket_->Connect()) {
+        // The socket raises no event for a connect refused at once.
+        problem_ = QString::number(socket_->LastError) + u' ' + socket_->LastErrorText;
+        endLater(Outcome::Failed);
         emit connectFailed(u"Error connecting to host"_s + u'\r' + QString::number(socket_->LastError) + u':'
                            + socket_->LastErrorText);
-        endLater(Outcome::Failed);
     }
     return true;
 }
@@ -101,51 +107,93 @@ void ListSource::takeLine(const QString &line)
     QString entry;
     if (!body_.take(line, &entry))
         return;
-    entries_ << entry;
-    const int n = static_cast<int>(entries_.size());
+    entries_.append(entry);
+    const int n = int(entries_.size());
     if (n % 10 == 0) {
         emit countChanged(n);
         emit statusChanged(u"Retreiving List...."_s + QString::number(n));
     }
-    bytes_ = std::min<qint64>(bytes_ + line.size(), INT32_MAX);
+    bytes_ = capped(bytes_ + line.size());
 }
 
 bool ListSource::startMaster(const QString &host, quint16 port)
 {
-    reset(Kind::Master, host);
-    if (!master_) {
-        master_ = new MasterClient(this);
-        connect(master_, &MasterClient::finished, this, &ListSource::masterFinished);
+    reset(Kind::Master, u"master://"_s + host + u':' + QString::number(port));
+    if (host.isEmpty()) {
+        outcome_ = Outcome::InvalidLocation;
+        return false;
     }
-    outcome_ = Outcome::Running;
+    master_ = new MasterClient(this);
+    master_->timeoutMs = masterTimeoutMs_;
+    connect(master_, &MasterClient::finished, this, &ListSource::masterFinished);
     master_->start(host, port);
     return true;
 }
 
 void ListSource::masterFinished()
 {
-    if (!master_->errorText().isEmpty()) {
-        problem_ = master_->errorText();
-        end(Outcome::Failed);
-        return;
-    }
+    problem_ = master_->errorText();
+    if (!problem_.isEmpty())
+        return end(Outcome::Failed);
     entries_ = master_->entries();
-    bytes_ = std::min<qint64>(master_->counts().bytes, INT32_MAX);
-    emit countChanged(static_cast<int>(entries_.size()));
-    emit statusChanged(u"Master server answered: "_s + QString::number(entries_.size()) + u" servers, "_s
+    bytes_ = capped(master_->counts().bytes);
+    const int n = int(entries_.size());
+    emit countChanged(n);
+    emit statusChanged(u"Master server answered: "_s + QString::number(n) + u" servers, "_s
                        + QString::number(bytes_) + u" bytes received."_s);
     end(Outcome::Listed);
+}
+
+void ListSource::startFile(const QString &path)
+{
+    reset(Kind::ListFile, path);
+    if (const auto bytes = readFile(u"list"_s)) {
+        for (const QString &line : SplitLines(WireText::fromBytes(*bytes)))
+            entries_.append(TrimSpaces(line));
+    }
+}
+
+void ListSource::startFavoritesFile(const QString &path)
+{
+    reset(Kind::FavoritesFile, path);
+    if (const auto bytes = readFile(u"favorites"_s)) {
+        for (const Favorite &favorite : FavFile::parse(*bytes))
+            entries_.append(favorite.address);
+    }
+}
+
+// The whole file location_ names; the start ends here either way (Listed, or
+// Failed with the problem).
+std::optional<QByteArray> ListSource::readFile(const QString &kindName)
+{
+    const BoundedFile file = BoundedFile::read(location_, kMaxFileBytes);
+    if (file.status == BoundedFile::Status::Read) {
+        endLater(Outcome::Listed);
+        return file.bytes;
+    }
+    problem_ = file.status == BoundedFile::Status::TooLarge
+                   ? u"The %1 file %2 holds more than 16 MiB: too large to be one."_s.arg(kindName, location_)
+                   : u"Cannot read the %1 file %2: %3"_s.arg(kindName, location_, file.problem);
+    endLater(Outcome::Failed);
+    return std::nullopt;
 }
 
 void ListSource::cancel()
 {
     ++generation_;
-    if (master_)
+    if (socket_) {
+        socket_->disconnect(this);
+        socket_->deleteLater();  // it may be the sender of the event being handled
+        socket_ = nullptr;
+    }
+    if (master_) {
+        master_->disconnect(this);
         master_->abort();
+        master_->deleteLater();
+        master_ = nullptr;
+    }
     if (outcome_ == Outcome::Running)
         outcome_ = Outcome::Cancelled;
 }
 
 void ListSource::setMasterTimeout(int ms) { masterTimeoutMs_ = ms; }
-bool ListSource::startFile(const QString &) { return false; }
-bool ListSource::startFavoritesFile(const QString &) { return false; }

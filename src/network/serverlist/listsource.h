@@ -4,6 +4,8 @@
 #include <QObject>
 #include <QStringList>
 
+#include <optional>
+
 class DsSocket;
 class MasterClient;
 
@@ -35,10 +37,10 @@ public:
     bool start(const QString &location);
     bool startMaster(const QString &host, quint16 port);
     // A list file (each line one entry, outer spaces removed) or a favorites file
-    // (the favorites' addresses as written). Read at once; false when no file
-    // name is given.
-    bool startFile(const QString &path);
-    bool startFavoritesFile(const QString &path);
+    // (the favorites' addresses as written), read at once; a file of more than
+    // 16 MiB (or a device that never ends) is refused.
+    void startFile(const QString &path);
+    void startFavoritesFile(const QString &path);
     // Ends at once (Outcome Cancelled, the entries so far kept); emits nothing.
     void cancel();
     // How long a master may take, resolving its name included (default 5000 ms).
@@ -66,8 +68,8 @@ signals:
     // The web list's connect failed at once: "Error connecting to host", CR,
     // number, ":", description. The caller shows it; the source then fails.
     void connectFailed(const QString &message);
-    // Once per start that returned true, from the event loop (never inside a
-    // start), unless cancelled.
+    // Once per start that did not return false, from the event loop (never
+    // inside a start), unless cancelled.
     void finished();
 
 private:
@@ -77,6 +79,7 @@ private:
     void end(Outcome outcome);
     void endLater(Outcome outcome);
     void masterFinished();
+    std::optional<QByteArray> readFile(const QString &kindName);
 
     Kind kind_ = Kind::None;
     Outcome outcome_ = Outcome::Idle;

@@ -5,6 +5,7 @@
 #include "probes/address.h"
 #include "probes/echoservice.h"
 #include "probes/gamequerychannel.h"
+#include "probes/timeouts.h"
 #include "serverlist/listsource.h"
 #include "serverlist/serverentry.h"
 #include "serverlist/urltext.h"
@@ -161,7 +162,7 @@ void RefreshSession::probeSerial(const RefreshRequest &request, const QString &e
     series.wanted = request.quickPing ? 1 : 3;
     EchoReply reply;
     while (!series.done()) {
-        const int result = echo.sendEcho(destination, payload, ttl, kPingTimeoutMs, reply);
+        const int result = echo.sendEcho(destination, payload, ttl, Timeouts::kPingEchoMs, reply);
         series.add(result, reply.Status, reply.RoundTripTime);
     }
     if (series.failed()) {
@@ -197,7 +198,7 @@ void RefreshSession::probeFast(const RefreshRequest &request, const QStringList 
     settings.ttlText = request.ttlText;
     settings.pingLimit = Probe::NumberValue(request.pingLimitText);
     settings.queryTimeoutMs = GameQueryChannel::queryWaitMs();
-    settings.echoTimeoutMs = kPingTimeoutMs;
+    settings.echoTimeoutMs = Timeouts::kPingEchoMs;
 
     ProbeEngine engine;
     std::unique_ptr<ServiceEchoBatch> service;

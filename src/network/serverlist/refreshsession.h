@@ -36,9 +36,6 @@ class RefreshSession : public QObject {
 public:
     enum class Phase { Idle, Listing, Probing };
 
-    // Ping time-out of every echo of a refresh.
-    static constexpr int kPingTimeoutMs = 200;
-
     RefreshSession(Prompter &prompts, GameQueryChannel &queries, QObject *parent = nullptr);
     ~RefreshSession() override;
 

@@ -5,6 +5,7 @@
 #include "shell/itemlist.h"
 #include "shell/mainwindow.h"
 #include "shell/pulseboxmod.h"
+#include "shell/boundedfile.h"
 #include "shell/prompts.h"
 
 #include <QFile>
@@ -19,16 +20,14 @@ constexpr int kMaxFavorites = 32767;
 // The file's bytes, or nullopt (with a message) when it exists but cannot be read.
 std::optional<QByteArray> readFavoritesFile()
 {
-    QFile file(FavFile::kName);
-    if (!file.exists())
+    if (!QFile::exists(FavFile::kName))
         return QByteArray();
-    QString problem;
-    if (!file.open(QIODevice::ReadOnly))
-        problem = file.errorString();
-    else if (file.size() > kMaxFavoritesFile)
-        problem = u"it is %1 bytes long, too large to be a favorites file"_s.arg(file.size());
-    if (problem.isEmpty())
-        return file.readAll();
+    const BoundedFile file = BoundedFile::read(FavFile::kName, kMaxFavoritesFile);
+    if (file.status == BoundedFile::Status::Read)
+        return file.bytes;
+    const QString problem = file.status == BoundedFile::Status::TooLarge
+                                ? file.problem + u", too large to be a favorites file"_s
+                                : file.problem;
     Seams::prompts().message(u"Could not read the favorites file "_s + FavFile::kName + u":\n"_s + problem
                                  + u"\n\nThe file was left as it is."_s,
                              AppTitle, Prompter::Icon::Warning);

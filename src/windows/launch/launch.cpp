@@ -9,16 +9,16 @@
 #include "shell/pulseboxmod.h"
 #include "shell/prompts.h"
 
-#include <QFile>
+#include "shell/boundedfile.h"
 
 using namespace Qt::StringLiterals;
 
 void MainWindow::readConfiguration()
 {
-    QFile file(GameConfig::kName);
-    if (!file.open(QIODevice::ReadOnly))
+    const BoundedFile file = BoundedFile::read(GameConfig::kName, GameConfig::kMaxBytes);
+    if (file.status == BoundedFile::Status::CannotOpen)
         return;
-    const QString line = GameConfig::firstLine(file.read(64 * 1024));
+    const QString line = GameConfig::firstLine(file.bytes);
     if (GamePathPasses(line, line))
         gamePath_ = TrimSpaces(line);
 }

@@ -5,6 +5,7 @@
 #include "pinglists/pinglistfiles.h"
 #include "probes/echoservice.h"
 #include "probes/hoptrace.h"
+#include "probes/timeouts.h"
 #include "shell/controls.h"
 #include "shell/prompts.h"
 #include "shell/pulseboxmod.h"
@@ -369,7 +370,7 @@ void frmMatch::pingServer(qint32 s)
         hooks.beforeProbe = [this] { lblStatus->setText(u"Counting Hops"_s); };
         hooks.bound = [] { return static_cast<qint64>(kHopBound); };
         hooks.stop = [this] { return MatchCancelRequested != 0; };
-        const HopSearch search = HopTrace::run(echo, destination, HopTrace::kPingRunTicks, hooks);
+        const HopSearch search = HopTrace::run(echo, destination, Timeouts::kPingRunHopTicks, hooks);
         hops = search.hops();
         lastAnswered = search.lastAnswered();
     }

@@ -11,7 +11,7 @@
 #include "shell/prompts.h"
 #include "shell/pulseboxmod.h"
 
-#include <QFile>
+#include "shell/boundedfile.h"
 
 using namespace Qt::StringLiterals;
 
@@ -69,10 +69,7 @@ void MainWindow::loadList()
         return;
     // Content past the largest the reader accepts is never looked at, so a huge
     // file costs no more than that. A file that cannot be read reads as empty.
-    QByteArray bytes;
-    QFile file(path);
-    if (file.open(QIODevice::ReadOnly))
-        bytes = file.read(PingList::kMaxContentBytes);
+    const QByteArray bytes = BoundedFile::read(path, PingList::kMaxContentBytes).bytes;
 
     PingList::LoadResult result = PingList::read(bytes, std::move(matcherData_));
     matcherData_ = std::move(result.data);

@@ -1,6 +1,7 @@
 // Count Hops: a trace route to every server of the main list, one after the other.
 #include "probes/address.h"
 #include "probes/hoptrace.h"
+#include "probes/timeouts.h"
 #include "serverlist/refreshsession.h"
 #include "shell/itemlist.h"
 #include "shell/mainwindow.h"
@@ -48,7 +49,7 @@ void MainWindow::countHops()
         const qint32 destination = DottedToAddress(serverAddressEdit_->text());
         yieldOnce();
 
-        const qint32 hops = HopTrace::run(Seams::echo(), destination, HopTrace::kCountHopsTicks, hooks).hops();
+        const qint32 hops = HopTrace::run(Seams::echo(), destination, Timeouts::kCountHopsTicks, hooks).hops();
         if (i < serverList_->count()) {
             ServerTable &now = session_->table();
             const QString row = serverList_->rowText(i);
