@@ -4,7 +4,9 @@
 #include "favorites/frmaddfav.h"
 #include "favorites/frmfavorites.h"
 #include "probes/address.h"
-#include "shell/frmpulsebox.h"
+#include "serverlist/probedecisions.h"
+#include "shell/itemlist.h"
+#include "shell/mainwindow.h"
 #include "shell/pulseboxmod.h"
 #include "shell/serverrow.h"
 #include "shell/vblist.h"
@@ -17,7 +19,7 @@
 
 namespace {
 // A row of the main list with its record, as a refresh leaves it.
-void addServer(frmPulsebox &w, const char *address, int port, const QString &hostName, bool favorite)
+void addServer(MainWindow &w, const char *address, int port, const QString &hostName, bool favorite)
 {
     ServerRec rec;
     rec.Address = DottedToAddress(QLatin1String(address));
@@ -25,18 +27,26 @@ void addServer(frmPulsebox &w, const char *address, int port, const QString &hos
     if (!hostName.isNull())
         rec.HostName = ServerRow::pad(hostName, 50);
     rec.IsFavorite = favorite;
-    const int index = Mod().appendServer(rec);
+    const int index = w.servers().appendServer(rec);
     const QString row = ServerRow::format(10 + index, favorite, QLatin1String(address), hostName, {}, {}, {});
-    w.List1->SetItemData(w.List1->AddItem(row), index);
+    MainWindowDriver::serverList(w)->setRowData(MainWindowDriver::serverList(w)->addRow(row), index);
 }
 
-frmFavorites *openEditor(frmPulsebox &w)
+frmFavorites *openEditor(MainWindow &w)
 {
-    w.mnuFavorites->trigger();
+    MainWindowDriver::trigger(w, "favoritesAction_");
     return w.findChild<frmFavorites *>(QStringLiteral("frmFavorites"));
 }
 
 void selectRow(VbList *list, int row) { list->SetListIndex(row); }
+
+QStringList favoriteDescriptions(const MainWindow &w)
+{
+    QStringList texts;
+    for (const Favorite &favorite : w.favorites())
+        texts << favorite.description;
+    return texts;
+}
 
 QStringList linkedDescriptions(const VbList *addresses, const VbList *descriptions)
 {
@@ -53,7 +63,7 @@ struct Editing {
     explicit Editing(const QByteArray &file = kThree)
     {
         writeFile(FavFile::kName, file);
-        w->loadFavorites();
+        w->start();
         editor = openEditor(*w);
     }
     void deleteRow(int row)
@@ -81,7 +91,7 @@ struct Editing {
     }
 
     TestEnvironment env;
-    std::unique_ptr<frmPulsebox> w = newMainWindow();
+    std::unique_ptr<MainWindow> w = newMainWindow();
     frmFavorites *editor = nullptr;
 };
 }
@@ -93,52 +103,50 @@ private slots:
     {
         TestEnvironment env;
         auto w = newMainWindow();
+        MainWindowDriver::offerListCommands(*w);
         addServer(*w, "127.0.18.1", 27910, QStringLiteral("Pulse Arena"), false);
         addServer(*w, "127.0.18.2", 0, QString(), false);
         addServer(*w, "127.0.18.3", 27910, QStringLiteral("Fav"), true);
 
-        w->cmAddFav_Click();
+        w->findChild<QPushButton *>(QStringLiteral("addFavoriteButton_"))->click();
         QCOMPARE(env.prompts.texts(), QStringList{QStringLiteral("Pick a server from the list first.")});
         QCOMPARE(env.prompts.shown[0].title, QStringLiteral("Pulsebox"));
 
-        selectRow(w->List1, 0);
-        w->cmAddFav_Click();
+        MainWindowDriver::addToFavorites(*w, 0);
         const QByteArray first = "127.0.18.1:27910\r\nPulse Arena" + QByteArray(39, ' ') + "\r\n";
         QCOMPARE(readFile(FavFile::kName), first);
-        selectRow(w->List1, 1);
-        w->cmAddFav_Click();
+        MainWindowDriver::addToFavorites(*w, 1);
         const QByteArray second = "127.0.18.2\r\n" + QByteArray(50, '\0') + "\r\n";
         QCOMPARE(readFile(FavFile::kName), first + second);
-        w->cmAddFav_Click();  // no mark on the row: the same server again
+        w->findChild<QPushButton *>(QStringLiteral("addFavoriteButton_"))->click();  // no mark on the row: the same server again
         QCOMPARE(readFile(FavFile::kName), first + second + second);
 
-        selectRow(w->List1, 2);
-        w->cmAddFav_Click();
+        MainWindowDriver::addToFavorites(*w, 2);
         QCOMPARE(env.prompts.texts().last(), QStringLiteral("Already a Favorite"));
-        QCOMPARE(w->lbFav->Texts(), (QStringList{QStringLiteral("127.0.18.1:27910"), QStringLiteral("127.0.18.2"),
+        QCOMPARE(MainWindowDriver::favoriteAddresses(*w), (QStringList{QStringLiteral("127.0.18.1:27910"), QStringLiteral("127.0.18.2"),
                                                  QStringLiteral("127.0.18.2")}));
-        QCOMPARE(linkedDescriptions(w->lbFav, w->lbFavDesc),
+        QCOMPARE(favoriteDescriptions(*w),
                  (QStringList{ServerRow::pad(QStringLiteral("Pulse Arena"), 50), QString(50, QChar(0)), QString(50, QChar(0))}));
 
         // A write that fails (a full disk) leaves the file and the lists as they were.
-        selectRow(w->List1, 0);
+        MainWindowDriver::serverList(*w)->selectRow(0);
         {
             FileSizeLimit full(10);
-            w->cmAddFav_Click();
+            w->findChild<QPushButton *>(QStringLiteral("addFavoriteButton_"))->click();
         }
         QVERIFY(env.prompts.texts().last().startsWith(QStringLiteral("Could not save the favorites to Pulsebox.fav")));
         QCOMPARE(readFile(FavFile::kName), first + second + second);
-        QCOMPARE(w->lbFav->ListCount(), 3);
+        QCOMPARE(static_cast<int>(w->favorites().size()), 3);
     }
 
     void loadEditAndClose()
     {
         Editing e;
         frmFavorites *editor = e.editor;
-        QCOMPARE(e.w->lbFavDesc->Texts(), (QStringList{QStringLiteral("First"), QStringLiteral("Second"), QStringLiteral("Third  ")}));
+        QCOMPARE(favoriteDescriptions(*e.w), (QStringList{QStringLiteral("First"), QStringLiteral("Second"), QStringLiteral("Third  ")}));
         QVERIFY(editor && editor->isVisible());
         QCOMPARE(editor->windowTitle(), QStringLiteral("Favorites"));
-        QCOMPARE(editor->List1->Texts(), e.w->lbFav->Texts());
+        QCOMPARE(editor->List1->Texts(), MainWindowDriver::favoriteAddresses(*e.w));
         QVERIFY(editor->List2->isHidden());
 
         e.deleteRow(1);  // the second of three
@@ -159,8 +167,8 @@ private slots:
         QCOMPARE(editor->List1->Texts(), (QStringList{QStringLiteral(" 127.0.1.1:27999 "), QStringLiteral("host.example:27911")}));
         QVERIFY(e.closeEditorWith(editor->cmClose));
         QCOMPARE(readFile(FavFile::kName), QByteArray(" 127.0.1.1:27999 \r\nFirst\r\nhost.example:27911\r\nThird  \r\n"));
-        QCOMPARE(e.w->lbFav->Texts(), (QStringList{QStringLiteral(" 127.0.1.1:27999 "), QStringLiteral("host.example:27911")}));
-        QCOMPARE(linkedDescriptions(e.w->lbFav, e.w->lbFavDesc), (QStringList{QStringLiteral("First"), QStringLiteral("Third  ")}));
+        QCOMPARE(MainWindowDriver::favoriteAddresses(*e.w), (QStringList{QStringLiteral(" 127.0.1.1:27999 "), QStringLiteral("host.example:27911")}));
+        QCOMPARE(favoriteDescriptions(*e.w), (QStringList{QStringLiteral("First"), QStringLiteral("Third  ")}));
     }
 
     void addManuallyAndDialogClosedByItsWindowControl()
@@ -213,15 +221,15 @@ private slots:
             e.deleteRow(0);
         QVERIFY(e.closeEditorWith(e.editor->Cancel));
         QCOMPARE(readFile(FavFile::kName), kThree);
-        QCOMPARE(e.w->lbFav->ListCount(), 3);
+        QCOMPARE(static_cast<int>(e.w->favorites().size()), 3);
 
         e.editor = openEditor(*e.w);  // Close with nothing left: an empty file
         for (int i = 0; i < 3; ++i)
             e.deleteRow(0);
         QVERIFY(e.closeEditorWith(e.editor->cmClose));
         QCOMPARE(readFile(FavFile::kName), QByteArray());
-        QCOMPARE(e.w->lbFav->ListCount(), 0);
-        QCOMPARE(e.w->lbFavDesc->ListCount(), 0);
+        QCOMPARE(static_cast<int>(e.w->favorites().size()), 0);
+        QCOMPARE(static_cast<int>(e.w->favorites().size()), 0);
     }
 
     void failedCloseKeepsTheEditorOpen()
@@ -236,9 +244,9 @@ private slots:
         QVERIFY(e.env.prompts.texts().last().contains(QStringLiteral("left as it was")));
         QCOMPARE(e.env.prompts.shown.last().icon, Prompter::Icon::Warning);
         QCOMPARE(readFile(FavFile::kName), kThree);
-        QCOMPARE(e.w->lbFav->ListCount(), 3);
+        QCOMPARE(static_cast<int>(e.w->favorites().size()), 3);
         QTest::mouseClick(e.editor->cmClose, Qt::LeftButton);
-        QCOMPARE(e.w->lbFav->ListCount(), 2);
+        QCOMPARE(static_cast<int>(e.w->favorites().size()), 2);
     }
 
     void oversizedFilesLoadInPart()
@@ -250,15 +258,15 @@ private slots:
         for (int i = 0; i < 40000; ++i)
             many += "127.0.0.1\r\nx\r\n";
         writeFile(FavFile::kName, many);
-        w->loadFavorites();
-        QCOMPARE(w->lbFav->ListCount(), 32767);
+        w->start();
+        QCOMPARE(static_cast<int>(w->favorites().size()), 32767);
         QCOMPARE(env.prompts.texts().last(), QStringLiteral("The favorites file holds 40000 favorites; the first 32767 were loaded."));
 
         // A file too large to be a favorites file is neither loaded nor appended to.
         writeFile(FavFile::kName, QByteArray(17 * 1024 * 1024, 'x'));
-        w->lbFav->Clear();
-        w->loadFavorites();
-        QCOMPARE(w->lbFav->ListCount(), 0);
+        w->setFavorites({});
+        w->start();
+        QCOMPARE(static_cast<int>(w->favorites().size()), 0);
         QVERIFY(env.prompts.texts().last().contains(QStringLiteral("too large to be a favorites file")));
     }
 };

@@ -3,10 +3,11 @@
 #include "favorites/favfile.h"
 #include "launch/frmsettings.h"
 #include "probes/address.h"
-#include "shell/frmpulsebox.h"
+#include "serverlist/probedecisions.h"
+#include "shell/itemlist.h"
+#include "shell/mainwindow.h"
 #include "shell/pulseboxmod.h"
 #include "shell/serverrow.h"
-#include "shell/vblist.h"
 
 #include <QAction>
 #include <QDir>
@@ -17,19 +18,18 @@
 #include <QtTest>
 
 namespace {
-frmSettings *openSettings(frmPulsebox &w)
+frmSettings *openSettings(MainWindow &w)
 {
-    w.mnuSettings->trigger();
+    MainWindowDriver::trigger(w, "settingsAction_");
     return w.findChild<frmSettings *>(QStringLiteral("frmSettings"));
 }
 
-void addServer(frmPulsebox &w, const char *address, int port)
+void addServer(MainWindow &w, const char *address, int port)
 {
     ServerRec rec;
     rec.Address = DottedToAddress(QLatin1String(address));
     rec.Port = port;
-    const int index = Mod().appendServer(rec);
-    w.List1->SetItemData(w.List1->AddItem(QStringLiteral("010 - %1").arg(index)), index);
+    MainWindowDriver::addServer(w, rec, QStringLiteral("010 - %1").arg(w.servers().ServerCount + 1));
 }
 }
 
@@ -63,13 +63,13 @@ private slots:
         QTest::mouseClick(settings->Command1, Qt::LeftButton);
         QTRY_VERIFY(!w->findChild<frmSettings *>(QStringLiteral("frmSettings")));
         QCOMPARE(readFile(QStringLiteral("Pulsebox.cfg")), "  " + game.toLocal8Bit() + " \r\n");
-        QCOMPARE(Mod().GamePath, game);
+        QCOMPARE(w->gamePath(), game);
 
         settings = openSettings(*w);  // opens with the line as stored; Cancel changes nothing
         QCOMPARE(settings->Text1->text(), QStringLiteral("  ") + game + QStringLiteral(" "));
         settings->Text1->setText(QStringLiteral("whatever"));
         QTest::mouseClick(settings->Command2, Qt::LeftButton);
-        QCOMPARE(Mod().GamePath, game);
+        QCOMPARE(w->gamePath(), game);
         QCOMPARE(readFile(QStringLiteral("Pulsebox.cfg")), "  " + game.toLocal8Bit() + " \r\n");
     }
 
@@ -81,32 +81,30 @@ private slots:
         writeFile(QStringLiteral("Pulsebox.cfg"), game.toLocal8Bit() + "\r\nignored\r\n");
         writeFile(QStringLiteral("Pulsebox.fav"), "1.2.3.4\r\nOne\r\n");
         {
-            frmPulsebox w;
-            w.Form_Load();
-            QCOMPARE(Mod().GamePath, game);
-            QCOMPARE(w.lbFav->Texts(), QStringList{QStringLiteral("1.2.3.4")});
+            MainWindow w;
+            w.start();
+            QCOMPARE(w.gamePath(), game);
+            QCOMPARE(MainWindowDriver::favoriteAddresses(w), QStringList{QStringLiteral("1.2.3.4")});
         }
         // Leading blanks are part of the path that must exist, so this line does not qualify.
         Mod() = PulseboxMod{};
         writeFile(QStringLiteral("Pulsebox.cfg"), " " + game.toLocal8Bit() + "\r\n");
-        frmPulsebox w;
-        w.readConfiguration();
-        QVERIFY(Mod().GamePath.isEmpty());
+        MainWindow w;
+        w.start();
+        QVERIFY(w.gamePath().isEmpty());
     }
 
     void launchStartsTheGameInItsFolder()
     {
         TestEnvironment env;
         auto w = newMainWindow();
+        MainWindowDriver::offerListCommands(*w);
         addServer(*w, "127.0.0.2", 27910);
         addServer(*w, "127.0.0.3", 0);
-        Mod().GamePath = QStringLiteral("/games/q2/quake2.exe");
+        w->setGamePath(QStringLiteral("/games/q2/quake2.exe"));
         env.prompts.answers = {true, true};
-        const QPoint firstRow = w->List1->visualItemRect(w->List1->item(0)).center();
-        QTest::mouseClick(w->List1->viewport(), Qt::LeftButton, {}, firstRow);
-        QTest::mouseDClick(w->List1->viewport(), Qt::LeftButton, {}, firstRow);
-        w->List1->SetListIndex(1);
-        w->List1_DblClick();
+        MainWindowDriver::doubleClickRow(*w, 0);
+        MainWindowDriver::doubleClickRow(*w, 1);
         QCOMPARE(env.prompts.shown.size(), 2);
         QCOMPARE(env.prompts.shown[0].text, QStringLiteral("Launch to Server?"));
         QCOMPARE(env.prompts.shown[0].title, QStringLiteral("Launch?"));
@@ -120,8 +118,7 @@ private slots:
 
         // The program's own files stay in the folder it started in.
         QCOMPARE(QDir::currentPath(), QDir(env.dir.path()).canonicalPath());
-        w->List1->SetListIndex(0);
-        w->cmAddFav_Click();
+        MainWindowDriver::addToFavorites(*w, 0);
         QVERIFY(QFile::exists(env.dir.filePath(FavFile::kName)));
     }
 
@@ -129,31 +126,31 @@ private slots:
     {
         TestEnvironment env;
         auto w = newMainWindow();
-        w->List1_DblClick();
+        MainWindowDriver::serverList(*w)->addRow(QStringLiteral("000 - a row without a record"));
+        MainWindowDriver::doubleClickRow(*w, 0);
         QCOMPARE(env.prompts.texts(), QStringList{QStringLiteral("Pick a server from the list first.")});
         addServer(*w, "127.0.0.2", 27910);
-        w->List1->SetListIndex(0);
 
-        Mod().GamePath = QStringLiteral("   ");
-        w->List1_DblClick();
+        w->setGamePath(QStringLiteral("   "));
+        MainWindowDriver::doubleClickRow(*w, 1);
         QCOMPARE(env.prompts.shown.last().text,
                  QStringLiteral("Your Quake 2 path isn't set.  Go to Options/Settings to set your Quake 2 path"));
         QCOMPARE(env.prompts.shown.last().title, QStringLiteral("Lauch Aborted"));
 
-        Mod().GamePath = QStringLiteral("/quake2.exe");
-        w->List1_DblClick();
+        w->setGamePath(QStringLiteral("/quake2.exe"));
+        MainWindowDriver::doubleClickRow(*w, 1);
         QCOMPARE(env.prompts.shown.last().text, QStringLiteral("Bad Path to Quake 2"));
         QCOMPARE(env.prompts.shown.last().title, QStringLiteral("Pulsebox"));
 
-        Mod().GamePath = QStringLiteral("C:\\QUAKE2\\QUAKE2.EXE");
+        w->setGamePath(QStringLiteral("C:\\QUAKE2\\QUAKE2.EXE"));
         env.prompts.answers = {false};
-        w->List1_DblClick();
+        MainWindowDriver::doubleClickRow(*w, 1);
         QCOMPARE(env.prompts.shown.last().title, QStringLiteral("Launch?"));
         QVERIFY(env.starter.started.isEmpty());
 
         env.prompts.answers = {true};
         env.starter.fail = true;
-        w->List1_DblClick();
+        MainWindowDriver::doubleClickRow(*w, 1);
         QCOMPARE(env.starter.started.size(), 1);
         QCOMPARE(env.starter.started[0].arguments[2], QStringLiteral("C:\\QUAKE2\\"));
         QVERIFY(env.prompts.shown.last().text.startsWith(QStringLiteral("Could not start C:\\QUAKE2\\QUAKE2.EXE")));

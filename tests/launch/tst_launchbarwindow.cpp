@@ -4,7 +4,7 @@
 #include "demonet/demonetwork.h"
 #include "launch/frmlaunch.h"
 #include "probes/frmsrvpop.h"
-#include "shell/frmpulsebox.h"
+#include "shell/mainwindow.h"
 #include "shell/pulseboxmod.h"
 #include "shell/ticker.h"
 #include "shell/trayicon.h"
@@ -47,10 +47,10 @@ struct TrayMaker {
     QPointer<FakeTray> tray;
 };
 
-frmLaunch *bar(frmPulsebox &w) { return w.findChild<frmLaunch *>(u"frmLaunch"_s); }
+frmLaunch *bar(MainWindow &w) { return w.findChild<frmLaunch *>(u"frmLaunch"_s); }
 
 // A bar opened with the favorites as they stand, as the tray's single click opens it.
-frmLaunch *openBar(frmPulsebox &w)
+frmLaunch *openBar(MainWindow &w)
 {
     auto *b = new frmLaunch(&w);
     b->show();
@@ -79,8 +79,8 @@ private slots:
         TestEnvironment env;
         TrayMaker maker(true);
         auto w = newMainWindow();
-        w->appendFavorite(u"127.0.0.2"_s, u"Pulse Arena"_s);
-        w->mnuIconize->trigger();
+        MainWindowDriver::addFavorite(*w, u"127.0.0.2"_s, u"Pulse Arena"_s);
+        MainWindowDriver::trigger(*w, "iconizeAction_");
         QVERIFY(!w->isVisible());
         QVERIFY(maker.tray && maker.tray->shown);
         QCOMPARE(maker.tray->tip, u"Pulsebox 1.2"_s);
@@ -89,12 +89,12 @@ private slots:
         // A single press: the half-second wait runs, then the bar opens and the icon stays.
         bool sawWait = false;
         QTimer::singleShot(0, [&] {
-            sawWait = Mod().TrayClickState == 1 && w->Timer3->interval() == 500 && !bar(*w);
+            sawWait = maker.tray->awaitingSecondClick() && w->findChild<Ticker *>(u"trayClickTicker_"_s)->interval() == 500 && !bar(*w);
         });
         emit maker.tray->mouseEvent(TrayIcon::kLeftPress);
         QVERIFY(sawWait);
-        QCOMPARE(Mod().TrayClickState, 3);
-        QCOMPARE(w->Timer3->interval(), 0);
+        QVERIFY(!maker.tray->awaitingSecondClick());
+        QCOMPARE(w->findChild<Ticker *>(u"trayClickTicker_"_s)->interval(), 0);
         QVERIFY(bar(*w) && bar(*w)->isVisible());
         QVERIFY(bar(*w)->windowFlags().testFlag(Qt::WindowStaysOnTopHint));
         QVERIFY(!Mod().TaskbarEdge.isEmpty());
@@ -103,14 +103,14 @@ private slots:
         QVERIFY(!w->isVisible() && maker.tray->shown);
         // Other events of the icon are not acted on.
         emit maker.tray->mouseEvent(514);
-        QCOMPARE(Mod().TrayClickState, 3);
+        QVERIFY(!maker.tray->awaitingSecondClick());
         QTest::mouseClick(bar(*w)->Command1, Qt::LeftButton);
         QTRY_VERIFY(!bar(*w));
 
         // A double click inside the wait: the main window is back, the icon gone, no bar.
         QTimer::singleShot(0, [&] { emit maker.tray->mouseEvent(TrayIcon::kLeftDoubleClick); });
         emit maker.tray->mouseEvent(TrayIcon::kLeftPress);
-        QCOMPARE(Mod().TrayClickState, 0);
+        QVERIFY(!maker.tray->awaitingSecondClick());
         QVERIFY(w->isVisible());
         QVERIFY(!maker.tray->shown);
         QTest::qWait(50);
@@ -132,7 +132,7 @@ private slots:
         QTRY_COMPARE(numbers, QList<int>{TrayIcon::kLeftPress});
         // Inside a first click's wait, a second click is the double click, whether the
         // tray reports it as a click (StatusNotifier) or also as a double click (XEmbed).
-        Mod().TrayClickState = 1;
+        tray.setAwaitingSecondClick(true);
         emit icon->activated(QSystemTrayIcon::Trigger);
         emit icon->activated(QSystemTrayIcon::DoubleClick);
         QTRY_COMPARE(numbers.size(), 3);
@@ -146,7 +146,7 @@ private slots:
         TestEnvironment env;
         TrayMaker maker(false);
         auto w = newMainWindow();
-        w->mnuIconize->trigger();
+        MainWindowDriver::trigger(*w, "iconizeAction_");
         QVERIFY(!w->isVisible());
         QWidget *standIn = nullptr;
         for (QWidget *top : QApplication::topLevelWidgets())
@@ -169,16 +169,8 @@ private slots:
         TestEnvironment env;
         auto w = newMainWindow();
         const QString nuls(50, QChar(0));
-        // Descriptions are found through the item data, not by position.
-        w->lbFav->AddItem(u"127.0.0.5:0"_s);
-        w->lbFav->AddItem(u"Q2.Example.ORG"_s);
-        w->lbFav->AddItem(u"127.0.0.7:27911"_s);
-        w->lbFavDesc->AddItem(u"Seven"_s);
-        w->lbFavDesc->AddItem(nuls);
-        w->lbFavDesc->AddItem(u"  Named  "_s);
-        w->lbFav->SetItemData(0, 1);
-        w->lbFav->SetItemData(1, 2);
-        w->lbFav->SetItemData(2, 0);
+        // Each favorite shows its own description, or its address without one.
+        w->setFavorites({{u"127.0.0.5:0"_s, nuls}, {u"Q2.Example.ORG"_s, u"  Named  "_s}, {u"127.0.0.7:27911"_s, u"Seven"_s}});
         frmLaunch *b = openBar(*w);
         QCOMPARE(b->cmdLaunch.size(), 3);
         QCOMPARE(Mod().LaunchServers.size(), size_t(4));  // one spare at the end
@@ -199,8 +191,7 @@ private slots:
         b->close();
 
         // No favorites: 545 twips lower than designed, only "x" remains.
-        w->lbFav->Clear();
-        w->lbFavDesc->Clear();
+        w->setFavorites({});
         b = openBar(*w);
         QCOMPARE(b->height(), Twips::px(930 - 545));
         QVERIFY(!b->cmdLaunch[0]->isVisible());
@@ -209,7 +200,7 @@ private slots:
 
         // Far more favorites than the screen holds: the bar stays inside it and scrolls.
         for (int i = 0; i < 70; ++i)
-            w->appendFavorite(u"127.0.1.%1"_s.arg(i), u"Server %1"_s.arg(i));
+            MainWindowDriver::addFavorite(*w, u"127.0.1.%1"_s.arg(i), u"Server %1"_s.arg(i));
         b = openBar(*w);
         QCOMPARE(b->cmdLaunch.size(), 70);
         QCOMPARE(Mod().LaunchServers.size(), size_t(71));
@@ -236,9 +227,9 @@ private slots:
         QString error;
         for (Demo::GameServer *s : {&named, &described, &silent})
             QVERIFY2(s->start(&error), qPrintable(error));
-        w->appendFavorite(u"127.0.10.21"_s, QString(50, QChar(0)));
-        w->appendFavorite(u"127.0.10.22:27910"_s, u"My Place"_s);
-        w->appendFavorite(u"127.0.10.23"_s, u"Hush"_s);
+        MainWindowDriver::addFavorite(*w, u"127.0.10.21"_s, QString(50, QChar(0)));
+        MainWindowDriver::addFavorite(*w, u"127.0.10.22:27910"_s, u"My Place"_s);
+        MainWindowDriver::addFavorite(*w, u"127.0.10.23"_s, u"Hush"_s);
         w->Command1->setEnabled(false);
         frmLaunch *b = openBar(*w);
         Mod().TaskbarEdge = u"BOTTOM"_s;
@@ -302,8 +293,8 @@ private slots:
     {
         TestEnvironment env;
         auto w = newMainWindow();
-        w->appendFavorite(u"127.0.0.2"_s, u"Pulse Arena"_s);
-        w->appendFavorite(u"127.0.0.3:0"_s, u"Edge"_s);
+        MainWindowDriver::addFavorite(*w, u"127.0.0.2"_s, u"Pulse Arena"_s);
+        MainWindowDriver::addFavorite(*w, u"127.0.0.3:0"_s, u"Edge"_s);
         frmLaunch *b = openBar(*w);
         QTest::mousePress(b->cmdLaunch[1], Qt::RightButton);
         QCOMPARE(b->popupIndex, 1);

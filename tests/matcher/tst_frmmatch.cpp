@@ -4,7 +4,7 @@
 #include "matcher/frmmatch.h"
 #include "pinglists/pinglist.h"
 #include "probes/address.h"
-#include "shell/frmpulsebox.h"
+#include "shell/mainwindow.h"
 #include "shell/pulseboxmod.h"
 #include "shell/serverrow.h"
 #include "shell/ticker.h"

@@ -3,7 +3,8 @@
 #include "pinglists/pinglist.h"
 #include "pinglists/pinglistfiles.h"
 #include "probes/address.h"
-#include "shell/frmpulsebox.h"
+#include "serverlist/probedecisions.h"
+#include "shell/mainwindow.h"
 #include "shell/pulseboxmod.h"
 #include "shell/serverrow.h"
 
@@ -26,7 +27,7 @@ QString warning(const QString &text) { return text + u"|Pulsebox|"_s + QString::
 
 struct Files {
     TestEnvironment env;
-    std::unique_ptr<frmPulsebox> window = newMainWindow();
+    std::unique_ptr<MainWindow> window = newMainWindow();
     int matchersOpened = 0;
 
     void add(const char *dotted, qint32 port, qint32 ping, qint32 hops, const QString &name, bool favorite)
@@ -39,7 +40,7 @@ struct Files {
         r.HostName = ServerRow::pad(name, 50);
         r.Version = ServerRow::pad(u"3.20"_s, 5);
         r.IsFavorite = favorite ? 1 : 0;
-        Mod().appendServer(r);
+        window->servers().appendServer(r);
     }
     void save(const QString &file, QList<bool> answers = {}, QStringList names = {})
     {
@@ -47,7 +48,7 @@ struct Files {
         env.prompts.fileNames = {file};
         env.prompts.answers = answers;
         env.prompts.inputs = names;
-        window->mnufilesave->trigger();
+        window->findChild<QAction *>(QStringLiteral("saveAction_"))->trigger();
     }
     // Whether the matcher opened: a good file opens it, and Load returns once it is closed again.
     bool load(const QString &file)
@@ -61,7 +62,7 @@ struct Files {
                 matcher->close();
             }
         });
-        window->mnufileload->trigger();
+        window->findChild<QAction *>(QStringLiteral("loadAction_"))->trigger();
         return matchersOpened > before;
     }
     // The messages the last command showed: text, title and icon.

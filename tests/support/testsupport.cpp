@@ -1,6 +1,8 @@
 #include "support/testsupport.h"
 
 #include "probes/address.h"
+#include "serverlist/probedecisions.h"
+#include "shell/itemlist.h"
 #include "shell/mainwindow.h"
 #include "shell/pulseboxmod.h"
 #include "shell/ticker.h"
@@ -8,7 +10,10 @@
 
 #include <QDir>
 #include <QFile>
+#include <QAction>
+#include <QPushButton>
 #include <QTcpServer>
+#include <QTest>
 
 void ScriptedPrompter::message(const QString &text, const QString &title, Icon icon)
 {
@@ -115,6 +120,57 @@ quint16 closedPort()
     QTcpServer probe;
     probe.listen(QHostAddress::LocalHost);
     return probe.serverPort();  // closed again as probe goes
+}
+
+namespace MainWindowDriver {
+ItemList *serverList(MainWindow &window) { return window.findChild<ItemList *>(QStringLiteral("serverList_")); }
+
+void offerListCommands(MainWindow &window)
+{
+    window.findChild<QPushButton *>(QStringLiteral("favRefreshButton_"))->click();
+}
+
+int addServer(MainWindow &window, const ServerRec &record, const QString &rowText)
+{
+    const int index = window.servers().appendServer(record);
+    const int row = serverList(window)->addRow(rowText);
+    serverList(window)->setRowData(row, index);
+    return row;
+}
+
+void doubleClickRow(MainWindow &window, int row)
+{
+    ItemList *list = serverList(window);
+    const QPoint at = list->visualItemRect(list->item(row)).center();
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, at);
+    QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, at);
+}
+
+void addToFavorites(MainWindow &window, int row)
+{
+    serverList(window)->selectRow(row);
+    window.findChild<QPushButton *>(QStringLiteral("addFavoriteButton_"))->click();
+}
+
+void trigger(MainWindow &window, const char *actionName)
+{
+    window.findChild<QAction *>(QLatin1String(actionName))->trigger();
+}
+
+void addFavorite(MainWindow &window, const QString &address, const QString &description)
+{
+    QList<Favorite> favorites = window.favorites();
+    favorites.append({address, description});
+    window.setFavorites(favorites);
+}
+
+QStringList favoriteAddresses(const MainWindow &window)
+{
+    QStringList addresses;
+    for (const Favorite &favorite : window.favorites())
+        addresses << favorite.address;
+    return addresses;
+}
 }
 
 std::unique_ptr<MainWindow> newMainWindow()

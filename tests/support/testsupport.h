@@ -1,6 +1,7 @@
 #pragma once
 #include "launch/programstarter.h"
 #include "probes/echoservice.h"
+#include "shell/serverrow.h"
 #include "shell/prompts.h"
 
 #include <QHash>
@@ -90,6 +91,21 @@ quint16 closedPort();
 
 // The main window without its start-up wait, shown offscreen.
 std::unique_ptr<MainWindow> newMainWindow();
+
+// Driving the main window by its controls' names.
+class ItemList;
+namespace MainWindowDriver {
+ItemList *serverList(MainWindow &window);
+// A Fav Refresh without favorites: the list's commands (Add to Favorites, Count Hops) are offered.
+void offerListCommands(MainWindow &window);
+// A record in the server table and a row pointing at it; returns the row.
+int addServer(MainWindow &window, const ServerRec &record, const QString &rowText);
+void doubleClickRow(MainWindow &window, int row);
+void addToFavorites(MainWindow &window, int row);  // selects the row, clicks Add to Favorites
+void trigger(MainWindow &window, const char *actionName);
+void addFavorite(MainWindow &window, const QString &address, const QString &description);
+QStringList favoriteAddresses(const MainWindow &window);
+}
 
 // While it lives, no file may grow past `bytes`: writes beyond fail with EFBIG,
 // as on a full disk, even for root.

@@ -20,7 +20,7 @@ void MainWindow::readConfiguration()
         return;
     const QString line = GameConfig::firstLine(file.bytes);
     if (GamePathPasses(line, line))
-        gamePath_ = TrimSpaces(line);
+        setGamePath(TrimSpaces(line));
 }
 
 void MainWindow::editSettings()
@@ -36,6 +36,5 @@ void MainWindow::launchSelected()
 
 void MainWindow::launchGame(const QString &target)
 {
-    Mod().GamePath = gamePath_;
     GameLauncher().launch(target, u"Launch to Server?"_s);
 }

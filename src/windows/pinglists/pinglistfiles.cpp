@@ -71,8 +71,8 @@ void MainWindow::loadList()
     // file costs no more than that. A file that cannot be read reads as empty.
     const QByteArray bytes = BoundedFile::read(path, PingList::kMaxContentBytes).bytes;
 
-    PingList::LoadResult result = PingList::read(bytes, std::move(matcherData_));
-    matcherData_ = std::move(result.data);
+    PingList::LoadResult result = PingList::read(bytes, std::move(matcherData()));
+    matcherData() = std::move(result.data);
     for (const PingList::Message &m : result.messages)
         prompts.message(m.text, m.title, m.exclamation ? Prompter::Icon::Warning : Prompter::Icon::None);
     if (result.outcome == PingList::Outcome::Loaded)
@@ -83,11 +83,7 @@ void MainWindow::loadList()
 // File, Load returns only once the matcher is closed again.
 void MainWindow::showMatcher()
 {
-    static_cast<MatcherData &>(Mod()) = matcherData_;
-    {
-        frmMatch matcher(this);
-        matcher.show();
-        waitUntil([&matcher] { return !matcher.isVisible(); });
-    }
-    matcherData_ = static_cast<MatcherData &>(Mod());
+    frmMatch matcher(this);
+    matcher.show();
+    waitUntil([&matcher] { return !matcher.isVisible(); });
 }

@@ -63,7 +63,7 @@ void MainWindow::runRefresh(bool favoritesOnly)
     request.fast = fastRefreshAction_->isChecked();
 
     session_->setEchoService(&Seams::echo(), Seams::echoReplaced());
-    matcherData_.PlayerCount = 1;  // a refresh starts the matcher's players afresh
+    matcherData().PlayerCount = 1;  // a refresh starts the matcher's players afresh
     facts_.listRefreshed = true;
     facts_.serverInfoArmed = false;
     facts_.hopsCounted = false;

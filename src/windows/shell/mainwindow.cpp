@@ -95,6 +95,11 @@ MainWindow::~MainWindow() = default;
 
 ServerTable &MainWindow::servers() { return session_->table(); }
 
+// Shared with the dialogs that still read them from the module state.
+const QString &MainWindow::gamePath() const { return Mod().GamePath; }
+void MainWindow::setGamePath(const QString &path) { Mod().GamePath = path; }
+MatcherData &MainWindow::matcherData() { return Mod(); }
+
 void MainWindow::buildControls(QWidget *client)
 {
     using Twips::rect;

@@ -43,9 +43,9 @@ public:
     Activity &activity() { return activity_; }
     const QList<Favorite> &favorites() const { return favorites_; }
     void setFavorites(const QList<Favorite> &favorites) { favorites_ = favorites; }
-    const QString &gamePath() const { return gamePath_; }
-    void setGamePath(const QString &path) { gamePath_ = path; }
-    MatcherData &matcherData() { return matcherData_; }
+    const QString &gamePath() const;
+    void setGamePath(const QString &path);
+    MatcherData &matcherData();
     // The server table of the last refresh (Count Hops and File, Save read it too).
     ServerTable &servers();
     // The one launch routine: the row double-click's and the launcher bar's.
@@ -100,11 +100,8 @@ private:
     GameQueryChannel *queries_;
     RefreshSession *session_;
     QList<Favorite> favorites_;  // in file order
-    QString gamePath_;           // the game program, trimmed; empty when not set
-    MatcherData matcherData_;
     int splashTicks_ = 0;        // ticks since start-up; the start waits for two
     int trayClickState_ = 0;     // 0 idle, 1 a first click waits for a second, 3 it stayed single
-    QString taskbarEdge_;        // "LEFT", "RIGHT", "TOP", "BOTTOM" or empty
     QPointer<frmSplash> splash_;
     QPointer<frmFavorites> favoritesEditor_;
     QPointer<TrayIcon> tray_;        // made at the first Iconize, kept for the run

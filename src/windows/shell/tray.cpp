@@ -49,11 +49,10 @@ void MainWindow::onTrayEvent(int number)
             return;
         const ScreenRect taskbar = GetTaskbarRect();
         const ScreenRect workArea = GetWorkArea();
-        taskbarEdge_ = TaskbarEdgeOf(taskbar);
-        Mod().TaskbarEdge = taskbarEdge_;
+        Mod().TaskbarEdge = TaskbarEdgeOf(taskbar);
         if (!launcherBar_)
             launcherBar_ = new frmLaunch(this);
-        launcherBar_->move(LaunchBarTopLeft(taskbarEdge_, workArea, launcherBar_->frameGeometry().size(),
+        launcherBar_->move(LaunchBarTopLeft(Mod().TaskbarEdge, workArea, launcherBar_->frameGeometry().size(),
                                             launcherBar_->pos()));
         launcherBar_->show();
         SetTopMost(launcherBar_, true);
