@@ -6,7 +6,7 @@
 #include "probes/icmpecho.h"
 #include "shell/itemlist.h"
 #include "shell/mainwindow.h"
-#include "shell/pulseboxmod.h"
+#include "shell/seams.h"
 
 #include <QApplication>
 #include <QComboBox>

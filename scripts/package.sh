@@ -21,11 +21,13 @@ else
 fi
 
 version=$(sed -n 's/^project(Pulsebox VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
+# The package's version is the program's, then the package's own revision.
 logged=$(dpkg-parsechangelog -l packaging/changelog -SVersion)
-if [ "$version" != "$logged" ]; then
+if [ "$version" != "${logged%-*}" ]; then
     echo "package.sh: CMakeLists.txt says version $version, packaging/changelog's latest entry $logged" >&2
     exit 1
 fi
+version=$logged
 # Dates inside the package (manual pages, file times) come from the changelog,
 # so the same sources give the same package.
 export SOURCE_DATE_EPOCH
@@ -56,7 +58,7 @@ done
 for tool in pulsebox-query pulsebox-demonet; do
     PATH="$root/usr/bin:$PATH" help2man --no-info --include="packaging/man/$tool.h2m" --output="$work/$tool.1" "$tool"
 done
-sed -e "s/@VERSION@/$version/" -e "s/@DATE@/$(date -u -d "@$SOURCE_DATE_EPOCH" '+%B %Y')/" \
+sed -e "s/@VERSION@/${version%-*}/" -e "s/@DATE@/$(date -u -d "@$SOURCE_DATE_EPOCH" '+%B %Y')/" \
     packaging/man/pulsebox.1.in > "$work/pulsebox.1"
 for page in pulsebox pulsebox-query pulsebox-demonet; do
     gzip -9n < "$work/$page.1" > "$man1/$page.1.gz"
@@ -68,7 +70,7 @@ desktop-file-validate "$root/usr/share/applications/pulsebox.desktop"
 install -m 0644 "packaging/$metainfo" "$root/usr/share/metainfo/$metainfo"
 "$dir/tools/icon/pulsebox-icon" "$root/usr/share/icons/hicolor"
 install -m 0644 packaging/copyright "$doc/copyright"
-gzip -9n < packaging/changelog > "$doc/changelog.gz"
+gzip -9n < packaging/changelog > "$doc/changelog.Debian.gz"
 gzip -9n < README.md > "$doc/README.md.gz"
 install -m 0644 resources/help/pulsebox-help.html "$doc/pulsebox-help.html"
 install -m 0644 packaging/pulsebox.doc-base "$root/usr/share/doc-base/pulsebox.pulsebox-help"

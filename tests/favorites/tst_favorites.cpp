@@ -1,99 +1,61 @@
+#include "support/dialogsupport.h"
 #include "support/testsupport.h"
 
+#include "favorites/addfavoritedialog.h"
 #include "favorites/favfile.h"
-#include "favorites/frmaddfav.h"
-#include "favorites/frmfavorites.h"
-#include "probes/address.h"
-#include "serverlist/probedecisions.h"
-#include "shell/itemlist.h"
-#include "shell/mainwindow.h"
-#include "shell/pulseboxmod.h"
-#include "shell/serverrow.h"
-#include "shell/vblist.h"
+#include "favorites/favoritesdialog.h"
 
 #include <QAction>
-#include <QFile>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QtTest>
 
+using namespace Qt::StringLiterals;
+
 namespace {
-// A row of the main list with its record, as a refresh leaves it.
-void addServer(MainWindow &w, const char *address, int port, const QString &hostName, bool favorite)
-{
-    ServerRec rec;
-    rec.Address = DottedToAddress(QLatin1String(address));
-    rec.Port = port;
-    if (!hostName.isNull())
-        rec.HostName = ServerRow::pad(hostName, 50);
-    rec.IsFavorite = favorite;
-    const int index = w.servers().appendServer(rec);
-    const QString row = ServerRow::format(10 + index, favorite, QLatin1String(address), hostName, {}, {}, {});
-    MainWindowDriver::serverList(w)->setRowData(MainWindowDriver::serverList(w)->addRow(row), index);
-}
-
-frmFavorites *openEditor(MainWindow &w)
-{
-    MainWindowDriver::trigger(w, "favoritesAction_");
-    return w.findChild<frmFavorites *>(QStringLiteral("frmFavorites"));
-}
-
-void selectRow(VbList *list, int row) { list->SetListIndex(row); }
-
-QStringList favoriteDescriptions(const MainWindow &w)
-{
-    QStringList texts;
-    for (const Favorite &favorite : w.favorites())
-        texts << favorite.description;
-    return texts;
-}
-
-QStringList linkedDescriptions(const VbList *addresses, const VbList *descriptions)
-{
-    QStringList texts;
-    for (int i = 0; i < addresses->ListCount(); ++i)
-        texts << descriptions->List(addresses->ItemData(i));
-    return texts;
-}
-
 const QByteArray kThree = "127.0.1.1:27910\r\nFirst\r\n127.0.2.2\r\nSecond\r\nhost.example:27911\r\nThird  \r\n";
 
-// The main window with the favorites of `file` loaded, and the editor open.
+// The editor on the favorites of `file`, which is also on disk.
 struct Editing {
     explicit Editing(const QByteArray &file = kThree)
+        : editor((writeFile(FavFile::kName, file), new FavoritesDialog(FavFile::parse(file), nullptr)))
     {
-        writeFile(FavFile::kName, file);
-        w->start();
-        editor = openEditor(*w);
+        editor->show();
     }
+    ItemList *list() const { return child<ItemList>(*editor, "favoritesList_"); }
+    void click(const char *button) { QTest::mouseClick(child<QPushButton>(*editor, button), Qt::LeftButton); }
     void deleteRow(int row)
     {
-        selectRow(editor->List1, row);
-        QTest::mouseClick(editor->Delete, Qt::LeftButton);
+        list()->selectRow(row);
+        click("deleteButton_");
     }
-    frmAddFav *dialog() const { return editor->findChild<frmAddFav *>(QStringLiteral("frmAddFav")); }
-    frmAddFav *modify(int row)
+    AddFavoriteDialog *dialog() const { return editor->findChild<AddFavoriteDialog *>(); }
+    QLineEdit *box(const char *name) const { return child<QLineEdit>(*dialog(), name); }
+    AddFavoriteDialog *modify(int row)
     {
-        selectRow(editor->List1, row);
-        QTest::mouseClick(editor->cmModify, Qt::LeftButton);
+        list()->selectRow(row);
+        click("modifyButton_");
         return dialog();
     }
     // Clicks a button of the Add or Modify dialog, which closes it.
-    bool closeDialogWith(QPushButton *frmAddFav::*button)
+    bool closeDialogWith(const char *button)
     {
-        QTest::mouseClick(dialog()->*button, Qt::LeftButton);
+        QTest::mouseClick(child<QPushButton>(*dialog(), button), Qt::LeftButton);
         return QTest::qWaitFor([this] { return !dialog(); });
     }
-    bool closeEditorWith(QPushButton *button)
+    bool closeEditorWith(const char *button)
     {
-        QTest::mouseClick(button, Qt::LeftButton);
-        return QTest::qWaitFor([this] { return !w->findChild<frmFavorites *>(QStringLiteral("frmFavorites")); });
+        click(button);
+        return QTest::qWaitFor([this] { return !editor; });
     }
 
     TestEnvironment env;
-    std::unique_ptr<MainWindow> w = newMainWindow();
-    frmFavorites *editor = nullptr;
+    QPointer<FavoritesDialog> editor;
+    QSignalSpy saved{editor.data(), &FavoritesDialog::favoritesSaved};
 };
+
+QList<Favorite> favorites(const QByteArray &file) { return FavFile::parse(file); }
 }
 
 class TestFavorites : public QObject {
@@ -104,94 +66,94 @@ private slots:
         TestEnvironment env;
         auto w = newMainWindow();
         MainWindowDriver::offerListCommands(*w);
-        addServer(*w, "127.0.18.1", 27910, QStringLiteral("Pulse Arena"), false);
-        addServer(*w, "127.0.18.2", 0, QString(), false);
-        addServer(*w, "127.0.18.3", 27910, QStringLiteral("Fav"), true);
+        addListedServer(*w, "127.0.18.1", 27910, u"Pulse Arena"_s);
+        addListedServer(*w, "127.0.18.2", 0);
+        addListedServer(*w, "127.0.18.3", 27910, u"Fav"_s, true);
 
-        w->findChild<QPushButton *>(QStringLiteral("addFavoriteButton_"))->click();
-        QCOMPARE(env.prompts.texts(), QStringList{QStringLiteral("Pick a server from the list first.")});
-        QCOMPARE(env.prompts.shown[0].title, QStringLiteral("Pulsebox"));
+        w->findChild<QPushButton *>(u"addFavoriteButton_"_s)->click();
+        QCOMPARE(env.prompts.texts(), QStringList{u"Pick a server from the list first."_s});
+        QCOMPARE(env.prompts.shown[0].title, u"Pulsebox"_s);
 
-        MainWindowDriver::addToFavorites(*w, 0);
+        MainWindowDriver::serverList(*w)->selectRow(0);
+        w->findChild<QPushButton *>(u"addFavoriteButton_"_s)->click();
         const QByteArray first = "127.0.18.1:27910\r\nPulse Arena" + QByteArray(39, ' ') + "\r\n";
         QCOMPARE(readFile(FavFile::kName), first);
-        MainWindowDriver::addToFavorites(*w, 1);
+        MainWindowDriver::serverList(*w)->selectRow(1);
+        w->findChild<QPushButton *>(u"addFavoriteButton_"_s)->click();
         const QByteArray second = "127.0.18.2\r\n" + QByteArray(50, '\0') + "\r\n";
-        QCOMPARE(readFile(FavFile::kName), first + second);
-        w->findChild<QPushButton *>(QStringLiteral("addFavoriteButton_"))->click();  // no mark on the row: the same server again
+        w->findChild<QPushButton *>(u"addFavoriteButton_"_s)->click();  // no mark on the row: the same server again
         QCOMPARE(readFile(FavFile::kName), first + second + second);
 
-        MainWindowDriver::addToFavorites(*w, 2);
-        QCOMPARE(env.prompts.texts().last(), QStringLiteral("Already a Favorite"));
-        QCOMPARE(MainWindowDriver::favoriteAddresses(*w), (QStringList{QStringLiteral("127.0.18.1:27910"), QStringLiteral("127.0.18.2"),
-                                                 QStringLiteral("127.0.18.2")}));
-        QCOMPARE(favoriteDescriptions(*w),
-                 (QStringList{ServerRow::pad(QStringLiteral("Pulse Arena"), 50), QString(50, QChar(0)), QString(50, QChar(0))}));
+        MainWindowDriver::serverList(*w)->selectRow(2);
+        w->findChild<QPushButton *>(u"addFavoriteButton_"_s)->click();
+        QCOMPARE(env.prompts.texts().last(), u"Already a Favorite"_s);
 
         // A write that fails (a full disk) leaves the file and the lists as they were.
         MainWindowDriver::serverList(*w)->selectRow(0);
         {
             FileSizeLimit full(10);
-            w->findChild<QPushButton *>(QStringLiteral("addFavoriteButton_"))->click();
+            w->findChild<QPushButton *>(u"addFavoriteButton_"_s)->click();
         }
-        QVERIFY(env.prompts.texts().last().startsWith(QStringLiteral("Could not save the favorites to Pulsebox.fav")));
+        QVERIFY(env.prompts.texts().last().startsWith(u"Could not save the favorites to Pulsebox.fav"_s));
         QCOMPARE(readFile(FavFile::kName), first + second + second);
-        QCOMPARE(static_cast<int>(w->favorites().size()), 3);
+
+        // The editor opens on what was added and its Close hands the edit back.
+        MainWindowDriver::trigger(*w, "favoritesAction_");
+        auto *editor = w->findChild<FavoritesDialog *>();
+        QVERIFY(editor && editor->isVisible() && editor->windowTitle() == u"Favorites"_s);
+        QCOMPARE(editor->workingCopy(), favorites(first + second + second));
+        child<ItemList>(*editor, "favoritesList_")->selectRow(1);
+        QTest::mouseClick(child<QPushButton>(*editor, "deleteButton_"), Qt::LeftButton);
+        QTest::mouseClick(child<QPushButton>(*editor, "closeButton_"), Qt::LeftButton);
+        QCOMPARE(readFile(FavFile::kName), first + second);
+        QCOMPARE(w->favorites(), (QList<Favorite>{{u"127.0.18.1:27910"_s, ServerRow::pad(u"Pulse Arena"_s, 50)},
+                                                  {u"127.0.18.2"_s, QString(50, QChar(0))}}));
     }
 
-    void loadEditAndClose()
+    void deleteModifyAndClose()
     {
         Editing e;
-        frmFavorites *editor = e.editor;
-        QCOMPARE(favoriteDescriptions(*e.w), (QStringList{QStringLiteral("First"), QStringLiteral("Second"), QStringLiteral("Third  ")}));
-        QVERIFY(editor && editor->isVisible());
-        QCOMPARE(editor->windowTitle(), QStringLiteral("Favorites"));
-        QCOMPARE(editor->List1->Texts(), MainWindowDriver::favoriteAddresses(*e.w));
-        QVERIFY(editor->List2->isHidden());
-
+        QCOMPARE(e.list()->texts(), (QStringList{u"127.0.1.1:27910"_s, u"127.0.2.2"_s, u"host.example:27911"_s}));
         e.deleteRow(1);  // the second of three
-        frmAddFav *dialog = e.modify(0);
+        AddFavoriteDialog *dialog = e.modify(0);
         QVERIFY(dialog && dialog->isVisible() && dialog->windowModality() == Qt::ApplicationModal);
-        QCOMPARE(dialog->windowTitle(), QStringLiteral("Modify Favorite"));
-        QCOMPARE(dialog->cmdAdd->text(), QStringLiteral("Save"));
-        QCOMPARE(dialog->txtServer->text(), QStringLiteral("127.0.1.1:27910"));
-        QCOMPARE(dialog->txtServerDesc->text(), QStringLiteral("First"));
-        dialog->txtServer->setText(QStringLiteral(" 127.0.1.1:27999 "));
-        QVERIFY(e.closeDialogWith(&frmAddFav::cmdAdd));
+        QCOMPARE(dialog->windowTitle(), u"Modify Favorite"_s);
+        QCOMPARE(child<QPushButton>(*dialog, "addButton_")->text(), u"Save"_s);
+        QCOMPARE(e.box("serverEdit_")->text(), u"127.0.1.1:27910"_s);
+        QCOMPARE(e.box("descriptionEdit_")->text(), u"First"_s);
+        e.box("serverEdit_")->setText(u" 127.0.1.1:27999 "_s);
+        QVERIFY(e.closeDialogWith("addButton_"));
 
-        dialog = e.modify(0);  // the third one, now first
-        QCOMPARE(dialog->txtServerDesc->text(), QStringLiteral("Third  "));
-        dialog->txtServer->setText(QStringLiteral("changed and dropped"));
-        QVERIFY(e.closeDialogWith(&frmAddFav::cmdCancel));
+        e.modify(0);  // the third one, now first
+        QCOMPARE(e.box("descriptionEdit_")->text(), u"Third  "_s);
+        e.box("serverEdit_")->setText(u"changed and dropped"_s);
+        QVERIFY(e.closeDialogWith("cancelButton_"));  // back unchanged, at the end
 
-        QCOMPARE(editor->List1->Texts(), (QStringList{QStringLiteral(" 127.0.1.1:27999 "), QStringLiteral("host.example:27911")}));
-        QVERIFY(e.closeEditorWith(editor->cmClose));
-        QCOMPARE(readFile(FavFile::kName), QByteArray(" 127.0.1.1:27999 \r\nFirst\r\nhost.example:27911\r\nThird  \r\n"));
-        QCOMPARE(MainWindowDriver::favoriteAddresses(*e.w), (QStringList{QStringLiteral(" 127.0.1.1:27999 "), QStringLiteral("host.example:27911")}));
-        QCOMPARE(favoriteDescriptions(*e.w), (QStringList{QStringLiteral("First"), QStringLiteral("Third  ")}));
+        QVERIFY(e.closeEditorWith("closeButton_"));
+        const QByteArray written = " 127.0.1.1:27999 \r\nFirst\r\nhost.example:27911\r\nThird  \r\n";
+        QCOMPARE(readFile(FavFile::kName), written);
+        QCOMPARE(e.saved.size(), 1);
+        QCOMPARE(e.saved[0][0].value<QList<Favorite>>(), favorites(written));
     }
 
     void addManuallyAndDialogClosedByItsWindowControl()
     {
         Editing e;
-        frmFavorites *editor = e.editor;
-        QTest::mouseClick(editor->Manually, Qt::LeftButton);
-        frmAddFav *dialog = e.dialog();
-        QCOMPARE(dialog->windowTitle(), QStringLiteral("Add Favorite"));
-        QCOMPARE(dialog->cmdAdd->text(), QStringLiteral("Add"));
-        QCOMPARE(dialog->txtServerDesc->maxLength(), 50);
-        QTest::keyClicks(dialog->txtServer, QStringLiteral("127.0.9.9:27910"));
-        QTest::keyClicks(dialog->txtServerDesc, QString(60, u'd'));
-        QVERIFY(e.closeDialogWith(&frmAddFav::cmdAdd));
+        e.click("addManuallyButton_");
+        AddFavoriteDialog *dialog = e.dialog();
+        QCOMPARE(dialog->windowTitle(), u"Add Favorite"_s);
+        QCOMPARE(child<QPushButton>(*dialog, "addButton_")->text(), u"Add"_s);
+        QTest::keyClicks(e.box("serverEdit_"), u"127.0.9.9:27910"_s);
+        QTest::keyClicks(e.box("descriptionEdit_"), QString(60, u'd'));  // 50 at most
+        QVERIFY(e.closeDialogWith("addButton_"));
 
         e.modify(0)->close();  // the window's own close control: acts as Cancel
         QTRY_VERIFY(!e.dialog());
-        QCOMPARE(editor->List1->Texts(), (QStringList{QStringLiteral("127.0.2.2"), QStringLiteral("host.example:27911"),
-                                                      QStringLiteral("127.0.9.9:27910"), QStringLiteral("127.0.1.1:27910")}));
-        QCOMPARE(linkedDescriptions(editor->List1, editor->List2),
-                 (QStringList{QStringLiteral("Second"), QStringLiteral("Third  "), QString(50, u'd'), QStringLiteral("First")}));
-        QTest::mouseClick(editor->Delete, Qt::LeftButton);  // nothing selected: nothing happens
-        QCOMPARE(editor->List1->ListCount(), 4);
+        e.list()->selectRow(-1);
+        e.click("deleteButton_");  // nothing selected: nothing happens
+        QCOMPARE(e.editor->workingCopy(),
+                 (QList<Favorite>{{u"127.0.2.2"_s, u"Second"_s}, {u"host.example:27911"_s, u"Third  "_s},
+                                  {u"127.0.9.9:27910"_s, QString(50, u'd')}, {u"127.0.1.1:27910"_s, u"First"_s}}));
     }
 
     void modifyKeepsALongDescription()
@@ -199,37 +161,33 @@ private slots:
         // A hand-edited file may hold more than the box lets anyone type.
         const QByteArray file = "127.0.1.1\r\n" + QByteArray(45, 'x') + "- 60 characters\r\n";
         Editing e(file);
-        frmAddFav *dialog = e.modify(0);
-        const QString longDesc = QString::fromLatin1(file.mid(11, 60));
-        QCOMPARE(dialog->txtServerDesc->text(), longDesc);
-        dialog->txtServerDesc->end(false);
-        QTest::keyClicks(dialog->txtServerDesc, QStringLiteral("y"));  // typing stays limited
-        QTest::keyClick(dialog->txtServerDesc, Qt::Key_Backspace);
-        QTest::keyClicks(dialog->txtServerDesc, QStringLiteral("z"));
-        QCOMPARE(dialog->txtServerDesc->text(), longDesc.chopped(1));
-        QVERIFY(e.closeDialogWith(&frmAddFav::cmdCancel));
         e.modify(0);
-        QVERIFY(e.closeDialogWith(&frmAddFav::cmdAdd));
-        QVERIFY(e.closeEditorWith(e.editor->cmClose));
+        QLineEdit *description = e.box("descriptionEdit_");
+        const QString longDesc = QString::fromLatin1(file.mid(11, 60));
+        QCOMPARE(description->text(), longDesc);
+        description->end(false);
+        QTest::keyClicks(description, u"y"_s);  // typing stays limited
+        QTest::keyClick(description, Qt::Key_Backspace);
+        QTest::keyClicks(description, u"z"_s);
+        QCOMPARE(description->text(), longDesc.chopped(1));
+        QVERIFY(e.closeDialogWith("cancelButton_"));
+        e.modify(0);
+        QVERIFY(e.closeDialogWith("addButton_"));
+        QVERIFY(e.closeEditorWith("closeButton_"));
         QCOMPARE(readFile(FavFile::kName), file);
     }
 
-    void cancelKeepsFileAndLists()
+    void cancelKeepsTheFileAndCloseMayEmptyIt()
     {
-        Editing e;
-        for (int i = 0; i < 3; ++i)
-            e.deleteRow(0);
-        QVERIFY(e.closeEditorWith(e.editor->Cancel));
-        QCOMPARE(readFile(FavFile::kName), kThree);
-        QCOMPARE(static_cast<int>(e.w->favorites().size()), 3);
-
-        e.editor = openEditor(*e.w);  // Close with nothing left: an empty file
-        for (int i = 0; i < 3; ++i)
-            e.deleteRow(0);
-        QVERIFY(e.closeEditorWith(e.editor->cmClose));
-        QCOMPARE(readFile(FavFile::kName), QByteArray());
-        QCOMPARE(static_cast<int>(e.w->favorites().size()), 0);
-        QCOMPARE(static_cast<int>(e.w->favorites().size()), 0);
+        for (const char *button : {"cancelButton_", "closeButton_"}) {
+            Editing e;
+            for (int i = 0; i < 3; ++i)
+                e.deleteRow(0);
+            QVERIFY(e.closeEditorWith(button));
+            const bool cancelled = QByteArray(button) == "cancelButton_";
+            QCOMPARE(readFile(FavFile::kName), cancelled ? kThree : QByteArray());
+            QCOMPARE(e.saved.size(), cancelled ? 0 : 1);
+        }
     }
 
     void failedCloseKeepsTheEditorOpen()
@@ -238,15 +196,15 @@ private slots:
         e.deleteRow(2);
         {
             FileSizeLimit full(8);
-            QTest::mouseClick(e.editor->cmClose, Qt::LeftButton);
+            e.click("closeButton_");
         }
         QVERIFY(e.editor->isVisible());
-        QVERIFY(e.env.prompts.texts().last().contains(QStringLiteral("left as it was")));
+        QVERIFY(e.env.prompts.texts().last().contains(u"left as it was"_s));
         QCOMPARE(e.env.prompts.shown.last().icon, Prompter::Icon::Warning);
         QCOMPARE(readFile(FavFile::kName), kThree);
-        QCOMPARE(static_cast<int>(e.w->favorites().size()), 3);
-        QTest::mouseClick(e.editor->cmClose, Qt::LeftButton);
-        QCOMPARE(static_cast<int>(e.w->favorites().size()), 2);
+        QVERIFY(e.saved.isEmpty());
+        QVERIFY(e.closeEditorWith("closeButton_"));
+        QCOMPARE(e.saved.size(), 1);
     }
 
     void oversizedFilesLoadInPart()
@@ -259,15 +217,15 @@ private slots:
             many += "127.0.0.1\r\nx\r\n";
         writeFile(FavFile::kName, many);
         w->start();
-        QCOMPARE(static_cast<int>(w->favorites().size()), 32767);
-        QCOMPARE(env.prompts.texts().last(), QStringLiteral("The favorites file holds 40000 favorites; the first 32767 were loaded."));
+        QCOMPARE(w->favorites().size(), qsizetype(32767));
+        QCOMPARE(env.prompts.texts().last(), u"The favorites file holds 40000 favorites; the first 32767 were loaded."_s);
 
         // A file too large to be a favorites file is neither loaded nor appended to.
         writeFile(FavFile::kName, QByteArray(17 * 1024 * 1024, 'x'));
         w->setFavorites({});
         w->start();
-        QCOMPARE(static_cast<int>(w->favorites().size()), 0);
-        QVERIFY(env.prompts.texts().last().contains(QStringLiteral("too large to be a favorites file")));
+        QVERIFY(w->favorites().isEmpty());
+        QVERIFY(env.prompts.texts().last().contains(u"too large to be a favorites file"_s));
     }
 };
 

@@ -1,37 +1,18 @@
+#include "support/dialogsupport.h"
 #include "support/testsupport.h"
 
 #include "favorites/favfile.h"
-#include "launch/frmsettings.h"
-#include "probes/address.h"
-#include "serverlist/probedecisions.h"
-#include "shell/itemlist.h"
-#include "shell/mainwindow.h"
-#include "shell/pulseboxmod.h"
-#include "shell/serverrow.h"
+#include "launch/gamelauncher.h"
+#include "launch/settingsdialog.h"
 
 #include <QAction>
 #include <QDir>
-#include <QFile>
-#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QtTest>
 
-namespace {
-frmSettings *openSettings(MainWindow &w)
-{
-    MainWindowDriver::trigger(w, "settingsAction_");
-    return w.findChild<frmSettings *>(QStringLiteral("frmSettings"));
-}
-
-void addServer(MainWindow &w, const char *address, int port)
-{
-    ServerRec rec;
-    rec.Address = DottedToAddress(QLatin1String(address));
-    rec.Port = port;
-    MainWindowDriver::addServer(w, rec, QStringLiteral("010 - %1").arg(w.servers().ServerCount + 1));
-}
-}
+using namespace Qt::StringLiterals;
 
 class TestLaunch : public QObject {
     Q_OBJECT
@@ -39,56 +20,68 @@ private slots:
     void settingsCheckAndSave()
     {
         TestEnvironment env;
-        auto w = newMainWindow();
-        const QString game = env.dir.filePath(QStringLiteral("games/Quake2.exe"));
-        QDir(env.dir.path()).mkdir(QStringLiteral("games"));
+        const QString game = env.dir.filePath(u"games/Quake2.exe"_s);
+        QDir(env.dir.path()).mkdir(u"games"_s);
         writeFile(game);
-        writeFile(env.dir.filePath(QStringLiteral("games/yquake2")));
+        writeFile(env.dir.filePath(u"games/yquake2"_s));
 
-        frmSettings *settings = openSettings(*w);
-        QVERIFY(settings && settings->isVisible());
-        QVERIFY(settings->Text1->text().isEmpty());
-
-        for (const QString &bad : {env.dir.filePath(QStringLiteral("games/missing/quake2.exe")),
-                                   env.dir.filePath(QStringLiteral("games/yquake2")), QString()}) {
-            settings->Text1->setText(bad);
-            QTest::mouseClick(settings->Command1, Qt::LeftButton);
-            QCOMPARE(env.prompts.texts().last(), QStringLiteral("Didn't find QUAKE2.EXE"));
+        auto *settings = new SettingsDialog(nullptr);
+        QPointer<SettingsDialog> guard = settings;
+        QSignalSpy saved(settings, &SettingsDialog::gamePathSaved);
+        settings->show();
+        QLineEdit *path = child<QLineEdit>(*settings, "pathEdit_");
+        QVERIFY(path->text().isEmpty());
+        for (const QString &bad : {env.dir.filePath(u"games/missing/quake2.exe"_s), env.dir.filePath(u"games/yquake2"_s),
+                                   QString()}) {
+            path->setText(bad);
+            QTest::mouseClick(child<QPushButton>(*settings, "okButton_"), Qt::LeftButton);
+            QCOMPARE(env.prompts.texts().last(), u"Didn't find QUAKE2.EXE"_s);
             QVERIFY(settings->isVisible());
-            QVERIFY(!QFile::exists(QStringLiteral("Pulsebox.cfg")));
+            QCOMPARE(readFile(u"Pulsebox.cfg"_s), "<missing>");
         }
         QCOMPARE(env.prompts.shown.size(), 3);
 
-        settings->Text1->setText(QStringLiteral("  ") + game + QStringLiteral(" "));
-        QTest::mouseClick(settings->Command1, Qt::LeftButton);
-        QTRY_VERIFY(!w->findChild<frmSettings *>(QStringLiteral("frmSettings")));
-        QCOMPARE(readFile(QStringLiteral("Pulsebox.cfg")), "  " + game.toLocal8Bit() + " \r\n");
-        QCOMPARE(w->gamePath(), game);
+        // Written as typed, reported trimmed.
+        path->setText(u"  "_s + game + u" "_s);
+        QTest::mouseClick(child<QPushButton>(*settings, "okButton_"), Qt::LeftButton);
+        QTRY_VERIFY(!guard);
+        QCOMPARE(readFile(u"Pulsebox.cfg"_s), "  " + game.toLocal8Bit() + " \r\n");
+        QCOMPARE(saved.size(), 1);
+        QCOMPARE(saved[0][0].toString(), game);
 
-        settings = openSettings(*w);  // opens with the line as stored; Cancel changes nothing
-        QCOMPARE(settings->Text1->text(), QStringLiteral("  ") + game + QStringLiteral(" "));
-        settings->Text1->setText(QStringLiteral("whatever"));
-        QTest::mouseClick(settings->Command2, Qt::LeftButton);
-        QCOMPARE(w->gamePath(), game);
-        QCOMPARE(readFile(QStringLiteral("Pulsebox.cfg")), "  " + game.toLocal8Bit() + " \r\n");
+        // Through the menu: opens with the line as stored; Cancel changes nothing, OK
+        // is used by the next launch at once.
+        auto w = newMainWindow();
+        addListedServer(*w, "127.0.0.2", 27910);
+        MainWindowDriver::trigger(*w, "settingsAction_");
+        settings = w->findChild<SettingsDialog *>();
+        QCOMPARE(child<QLineEdit>(*settings, "pathEdit_")->text(), u"  "_s + game + u" "_s);
+        QTest::mouseClick(child<QPushButton>(*settings, "cancelButton_"), Qt::LeftButton);
+        QTRY_VERIFY(!w->findChild<SettingsDialog *>());
+        MainWindowDriver::trigger(*w, "settingsAction_");
+        QTest::mouseClick(child<QPushButton>(*w->findChild<SettingsDialog *>(), "okButton_"), Qt::LeftButton);
+        env.prompts.answers = {true};
+        MainWindowDriver::doubleClickRow(*w, 0);
+        QCOMPARE(env.prompts.shown.last().text, u"Launch to Server?"_s);
+        QCOMPARE(env.starter.started.size(), 1);
+        QCOMPARE(env.starter.started[0].program, game);
     }
 
     void startUpReadsBothFiles()
     {
         TestEnvironment env;
-        const QString game = env.dir.filePath(QStringLiteral("QUAKE2.EXE"));
+        const QString game = env.dir.filePath(u"QUAKE2.EXE"_s);
         writeFile(game);
-        writeFile(QStringLiteral("Pulsebox.cfg"), game.toLocal8Bit() + "\r\nignored\r\n");
-        writeFile(QStringLiteral("Pulsebox.fav"), "1.2.3.4\r\nOne\r\n");
+        writeFile(u"Pulsebox.cfg"_s, game.toLocal8Bit() + "\r\nignored\r\n");
+        writeFile(FavFile::kName, "1.2.3.4\r\nOne\r\n");
         {
             MainWindow w;
             w.start();
             QCOMPARE(w.gamePath(), game);
-            QCOMPARE(MainWindowDriver::favoriteAddresses(w), QStringList{QStringLiteral("1.2.3.4")});
+            QCOMPARE(MainWindowDriver::favoriteAddresses(w), QStringList{u"1.2.3.4"_s});
         }
         // Leading blanks are part of the path that must exist, so this line does not qualify.
-        Mod() = PulseboxMod{};
-        writeFile(QStringLiteral("Pulsebox.cfg"), " " + game.toLocal8Bit() + "\r\n");
+        writeFile(u"Pulsebox.cfg"_s, " " + game.toLocal8Bit() + "\r\n");
         MainWindow w;
         w.start();
         QVERIFY(w.gamePath().isEmpty());
@@ -97,64 +90,51 @@ private slots:
     void launchStartsTheGameInItsFolder()
     {
         TestEnvironment env;
-        auto w = newMainWindow();
-        MainWindowDriver::offerListCommands(*w);
-        addServer(*w, "127.0.0.2", 27910);
-        addServer(*w, "127.0.0.3", 0);
-        w->setGamePath(QStringLiteral("/games/q2/quake2.exe"));
         env.prompts.answers = {true, true};
-        MainWindowDriver::doubleClickRow(*w, 0);
-        MainWindowDriver::doubleClickRow(*w, 1);
-        QCOMPARE(env.prompts.shown.size(), 2);
-        QCOMPARE(env.prompts.shown[0].text, QStringLiteral("Launch to Server?"));
-        QCOMPARE(env.prompts.shown[0].title, QStringLiteral("Launch?"));
+        GameLauncher(u"/games/q2/quake2.exe"_s).launch(u"127.0.0.2:27910"_s, u"Launch to Server?"_s);
+        GameLauncher(u"C:\\QUAKE2\\QUAKE2.EXE"_s).launch(u"127.0.0.3:0"_s, u"Launch to Server?\nArena"_s);
+        QCOMPARE(env.prompts.shown[0].text, u"Launch to Server?"_s);
+        QCOMPARE(env.prompts.shown[0].title, u"Launch?"_s);
+        QCOMPARE(env.prompts.shown[1].text, u"Launch to Server?\nArena"_s);
         QCOMPARE(env.starter.started.size(), 2);
-        const QStringList common{QStringLiteral("+set"), QStringLiteral("basedir"), QStringLiteral("/games/q2/"),
-                                 QStringLiteral("+connect")};
-        QCOMPARE(env.starter.started[0].program, QStringLiteral("/games/q2/quake2.exe"));
-        QCOMPARE(env.starter.started[0].arguments, common + QStringList{QStringLiteral("127.0.0.2:27910")});
-        QCOMPARE(env.starter.started[0].workingFolder, QStringLiteral("/games/q2/"));
-        QCOMPARE(env.starter.started[1].arguments, common + QStringList{QStringLiteral("127.0.0.3:0")});
-
+        const ScriptedStarter::Started &slashes = env.starter.started[0], &backslashes = env.starter.started[1];
+        QCOMPARE(slashes.program, u"/games/q2/quake2.exe"_s);
+        QCOMPARE(slashes.arguments, (QStringList{u"+set"_s, u"basedir"_s, u"/games/q2/"_s, u"+connect"_s, u"127.0.0.2:27910"_s}));
+        QCOMPARE(slashes.workingFolder, u"/games/q2/"_s);
+        QCOMPARE(backslashes.arguments, (QStringList{u"+set"_s, u"basedir"_s, u"C:\\QUAKE2\\"_s, u"+connect"_s, u"127.0.0.3:0"_s}));
         // The program's own files stay in the folder it started in.
         QCOMPARE(QDir::currentPath(), QDir(env.dir.path()).canonicalPath());
-        MainWindowDriver::addToFavorites(*w, 0);
-        QVERIFY(QFile::exists(env.dir.filePath(FavFile::kName)));
     }
 
     void launchRefusals()
     {
-        TestEnvironment env;
-        auto w = newMainWindow();
-        MainWindowDriver::serverList(*w)->addRow(QStringLiteral("000 - a row without a record"));
-        MainWindowDriver::doubleClickRow(*w, 0);
-        QCOMPARE(env.prompts.texts(), QStringList{QStringLiteral("Pick a server from the list first.")});
-        addServer(*w, "127.0.0.2", 27910);
-
-        w->setGamePath(QStringLiteral("   "));
-        MainWindowDriver::doubleClickRow(*w, 1);
-        QCOMPARE(env.prompts.shown.last().text,
-                 QStringLiteral("Your Quake 2 path isn't set.  Go to Options/Settings to set your Quake 2 path"));
-        QCOMPARE(env.prompts.shown.last().title, QStringLiteral("Lauch Aborted"));
-
-        w->setGamePath(QStringLiteral("/quake2.exe"));
-        MainWindowDriver::doubleClickRow(*w, 1);
-        QCOMPARE(env.prompts.shown.last().text, QStringLiteral("Bad Path to Quake 2"));
-        QCOMPARE(env.prompts.shown.last().title, QStringLiteral("Pulsebox"));
-
-        w->setGamePath(QStringLiteral("C:\\QUAKE2\\QUAKE2.EXE"));
-        env.prompts.answers = {false};
-        MainWindowDriver::doubleClickRow(*w, 1);
-        QCOMPARE(env.prompts.shown.last().title, QStringLiteral("Launch?"));
-        QVERIFY(env.starter.started.isEmpty());
-
+        struct Case {
+            QString path;
+            bool answer;
+            QString text, title;
+        };
+        const QString noPath = u"Your Quake 2 path isn't set.  Go to Options/Settings to set your Quake 2 path"_s;
+        for (const Case &c : QList<Case>{{u"   "_s, true, noPath, u"Lauch Aborted"_s},
+                                         {u"/quake2.exe"_s, true, u"Bad Path to Quake 2"_s, u"Pulsebox"_s},
+                                         {u"C:\\QUAKE2\\QUAKE2.EXE"_s, false, u"Launch to Server?"_s, u"Launch?"_s}}) {
+            TestEnvironment env;
+            env.prompts.answers = {c.answer};
+            GameLauncher(c.path).launch(u"127.0.0.2:27910"_s, u"Launch to Server?"_s);
+            QCOMPARE(env.prompts.shown.size(), 1);
+            QCOMPARE(env.prompts.shown[0].text, c.text);
+            QCOMPARE(env.prompts.shown[0].title, c.title);
+            QVERIFY(env.starter.started.isEmpty());
+        }
+        TestEnvironment env;  // a game that cannot be started: said, and the program goes on
         env.prompts.answers = {true};
         env.starter.fail = true;
-        MainWindowDriver::doubleClickRow(*w, 1);
-        QCOMPARE(env.starter.started.size(), 1);
-        QCOMPARE(env.starter.started[0].arguments[2], QStringLiteral("C:\\QUAKE2\\"));
-        QVERIFY(env.prompts.shown.last().text.startsWith(QStringLiteral("Could not start C:\\QUAKE2\\QUAKE2.EXE")));
-        QVERIFY(w->isVisible());
+        GameLauncher(u"C:\\QUAKE2\\QUAKE2.EXE"_s).launch(u"127.0.0.2:27910"_s, u"Launch to Server?"_s);
+        QVERIFY(env.prompts.shown.last().text.startsWith(u"Could not start C:\\QUAKE2\\QUAKE2.EXE"_s));
+
+        auto w = newMainWindow();  // a double-click on a row without a record
+        MainWindowDriver::serverList(*w)->addRow(u"000 - a row without a record"_s);
+        MainWindowDriver::doubleClickRow(*w, 0);
+        QCOMPARE(env.prompts.shown.last().text, u"Pick a server from the list first."_s);
     }
 };
 

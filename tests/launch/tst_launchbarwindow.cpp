@@ -1,20 +1,19 @@
 // Iconize, the tray's clicks and the launcher bar, driven as a player would.
+#include "support/dialogsupport.h"
 #include "support/testsupport.h"
 
 #include "demonet/demonetwork.h"
-#include "launch/frmlaunch.h"
-#include "probes/frmsrvpop.h"
-#include "shell/mainwindow.h"
-#include "shell/pulseboxmod.h"
+#include "launch/launcherbar.h"
+#include "probes/statuspopup.h"
+#include "shell/activity.h"
 #include "shell/ticker.h"
 #include "shell/trayicon.h"
 #include "shell/twips.h"
-#include "shell/vblist.h"
 
 #include <QAction>
+#include <QFrame>
 #include <QGuiApplication>
 #include <QMenu>
-#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
@@ -47,17 +46,40 @@ struct TrayMaker {
     QPointer<FakeTray> tray;
 };
 
-frmLaunch *bar(MainWindow &w) { return w.findChild<frmLaunch *>(u"frmLaunch"_s); }
+LauncherBar *bar(QWidget &w) { return w.findChild<LauncherBar *>(); }
 
-// A bar opened with the favorites as they stand, as the tray's single click opens it.
-frmLaunch *openBar(MainWindow &w)
-{
-    auto *b = new frmLaunch(&w);
-    b->show();
-    return b;
-}
+// A bar on `favorites`, with the launches it asks for recorded instead of made.
+struct Bar {
+    explicit Bar(const QList<Favorite> &favorites)
+        : bar(new LauncherBar(favorites, activity, [this](const QString &target, const QString &prompt) {
+              launches << target + u'|' + prompt;
+          }, nullptr))
+    {
+        bar->setTaskbarEdge(u"BOTTOM"_s);
+        bar->show();
+    }
+    ~Bar() { delete bar; }
+    QList<QPushButton *> buttons() const { return bar->findChildren<QPushButton *>(u"launchButtons_"_s); }
+    QPushButton *closeButton() const { return child<QPushButton>(*bar, "closeButton_"); }
+    StatusPopup *popup() const { return bar->findChild<StatusPopup *>(); }
+    QString launchFrom(int index)
+    {
+        QTest::mousePress(buttons()[index], Qt::RightButton);
+        child<QAction>(*bar, "launchAction_")->trigger();
+        return launches.takeLast();
+    }
+    // Clicks button `index` and returns once its query has ended.
+    void query(int index)
+    {
+        QTest::mouseClick(buttons()[index], Qt::LeftButton);
+        QTRY_VERIFY(!bar || !bar->isQuerying());
+    }
 
-QPoint twipsAt(QWidget *w, QWidget *in) { return w->mapTo(in, QPoint(0, 0)); }
+    TestEnvironment env;
+    Activity activity;
+    QStringList launches;
+    QPointer<LauncherBar> bar;
+};
 
 Demo::Server fake(const char *address, const QString &protocol, const QString &hostName)
 {
@@ -69,6 +91,8 @@ Demo::Server fake(const char *address, const QString &protocol, const QString &h
     s.players = {{u"Vector"_s, 21, 38}, {u"Doc Holiday"_s, 3, 120}};
     return s;
 }
+
+const QString kPlayers = u"PLAYER STATUS:\n21 38 \"Vector\"\n3 120 \"Doc Holiday\"\n"_s;
 }
 
 class TestLaunchBarWindow : public QObject {
@@ -79,38 +103,35 @@ private slots:
         TestEnvironment env;
         TrayMaker maker(true);
         auto w = newMainWindow();
-        MainWindowDriver::addFavorite(*w, u"127.0.0.2"_s, u"Pulse Arena"_s);
+        // The bar's descriptions are found through the item data, not by position.
+        w->setFavorites({{u"127.0.0.2"_s, u"First"_s}, {u"127.0.0.3"_s, u"Second"_s}});
         MainWindowDriver::trigger(*w, "iconizeAction_");
         QVERIFY(!w->isVisible());
         QVERIFY(maker.tray && maker.tray->shown);
-        QCOMPARE(maker.tray->tip, u"Pulsebox 1.2"_s);
+        QCOMPARE(maker.tray->tip, u"Pulsebox 1.1"_s);
         QVERIFY(!maker.tray->icon.isNull());
 
         // A single press: the half-second wait runs, then the bar opens and the icon stays.
         bool sawWait = false;
-        QTimer::singleShot(0, [&] {
-            sawWait = maker.tray->awaitingSecondClick() && w->findChild<Ticker *>(u"trayClickTicker_"_s)->interval() == 500 && !bar(*w);
-        });
+        QTimer::singleShot(0, [&] { sawWait = maker.tray->firstClickPending() && !bar(*w); });
         emit maker.tray->mouseEvent(TrayIcon::kLeftPress);
         QVERIFY(sawWait);
-        QVERIFY(!maker.tray->awaitingSecondClick());
-        QCOMPARE(w->findChild<Ticker *>(u"trayClickTicker_"_s)->interval(), 0);
+        QVERIFY(!maker.tray->firstClickPending());
         QVERIFY(bar(*w) && bar(*w)->isVisible());
         QVERIFY(bar(*w)->windowFlags().testFlag(Qt::WindowStaysOnTopHint));
-        QVERIFY(!Mod().TaskbarEdge.isEmpty());
-        const QRect work = QGuiApplication::primaryScreen()->availableGeometry();
-        QVERIFY2(work.contains(bar(*w)->frameGeometry()), "the bar stays inside the work area");
+        QVERIFY2(QGuiApplication::primaryScreen()->availableGeometry().contains(bar(*w)->frameGeometry()),
+                 "the bar stays inside the work area");
+        QStringList captions;
+        for (QPushButton *b : bar(*w)->findChildren<QPushButton *>(u"launchButtons_"_s))
+            captions << b->text();
+        QCOMPARE(captions, (QStringList{u"First"_s, u"Second"_s}));
         QVERIFY(!w->isVisible() && maker.tray->shown);
-        // Other events of the icon are not acted on.
-        emit maker.tray->mouseEvent(514);
-        QVERIFY(!maker.tray->awaitingSecondClick());
-        QTest::mouseClick(bar(*w)->Command1, Qt::LeftButton);
+        QTest::mouseClick(child<QPushButton>(*bar(*w), "closeButton_"), Qt::LeftButton);
         QTRY_VERIFY(!bar(*w));
 
         // A double click inside the wait: the main window is back, the icon gone, no bar.
         QTimer::singleShot(0, [&] { emit maker.tray->mouseEvent(TrayIcon::kLeftDoubleClick); });
         emit maker.tray->mouseEvent(TrayIcon::kLeftPress);
-        QVERIFY(!maker.tray->awaitingSecondClick());
         QVERIFY(w->isVisible());
         QVERIFY(!maker.tray->shown);
         QTest::qWait(50);
@@ -121,8 +142,9 @@ private slots:
     {
         TestEnvironment env;
         SystemTray tray;
+        bool pending = false;
+        tray.setFirstClickPending([&] { return pending; });
         auto *icon = tray.findChild<QSystemTrayIcon *>();
-        QVERIFY(icon);
         QList<int> numbers;
         connect(&tray, &TrayIcon::mouseEvent, this, [&](int n) { numbers.append(n); });
         emit icon->activated(QSystemTrayIcon::Trigger);
@@ -132,7 +154,7 @@ private slots:
         QTRY_COMPARE(numbers, QList<int>{TrayIcon::kLeftPress});
         // Inside a first click's wait, a second click is the double click, whether the
         // tray reports it as a click (StatusNotifier) or also as a double click (XEmbed).
-        tray.setAwaitingSecondClick(true);
+        pending = true;
         emit icon->activated(QSystemTrayIcon::Trigger);
         emit icon->activated(QSystemTrayIcon::DoubleClick);
         QTRY_COMPARE(numbers.size(), 3);
@@ -147,13 +169,12 @@ private slots:
         TrayMaker maker(false);
         auto w = newMainWindow();
         MainWindowDriver::trigger(*w, "iconizeAction_");
-        QVERIFY(!w->isVisible());
         QWidget *standIn = nullptr;
         for (QWidget *top : QApplication::topLevelWidgets())
             if (top->objectName() == u"trayStandIn"_s && top->isVisible())
                 standIn = top;
         QVERIFY(standIn);
-        QCOMPARE(standIn->toolTip(), u"Pulsebox 1.2"_s);
+        QCOMPARE(standIn->toolTip(), u"Pulsebox 1.1"_s);
         QVERIFY(QGuiApplication::primaryScreen()->availableGeometry().contains(standIn->geometry()));
 
         QTest::mouseClick(standIn, Qt::LeftButton);
@@ -166,166 +187,140 @@ private slots:
 
     void barBuiltFromFavorites()
     {
-        TestEnvironment env;
-        auto w = newMainWindow();
         const QString nuls(50, QChar(0));
-        // Each favorite shows its own description, or its address without one.
-        w->setFavorites({{u"127.0.0.5:0"_s, nuls}, {u"Q2.Example.ORG"_s, u"  Named  "_s}, {u"127.0.0.7:27911"_s, u"Seven"_s}});
-        frmLaunch *b = openBar(*w);
-        QCOMPARE(b->cmdLaunch.size(), 3);
-        QCOMPARE(Mod().LaunchServers.size(), size_t(4));  // one spare at the end
+        Bar b({{u"127.0.0.5:0"_s, nuls}, {u"Q2.Example.ORG"_s, u"  Named  "_s}, {u"127.0.0.7:27911"_s, u"Seven"_s}});
+        QCOMPARE(b.buttons().size(), 3);
         const QStringList captions{u"127.0.0.5:0"_s, u"Named"_s, u"Seven"_s};
         for (int i = 0; i < 3; ++i) {
-            QPushButton *button = b->cmdLaunch[i];
+            QPushButton *button = b.buttons()[i];
             QCOMPARE(button->text(), captions[i]);
             QVERIFY(button->isVisible());
-            QCOMPARE(twipsAt(button, b), Twips::rect(120, 240 + 545 * i, 1695, 495).topLeft());
+            QCOMPARE(button->mapTo(b.bar, QPoint(0, 0)), Twips::rect(120, 240 + 545 * i, 1695, 495).topLeft());
             QCOMPARE(button->font().pointSizeF(), 6.75);
         }
-        QCOMPARE(Mod().LaunchServers[0].Port, 27910);
-        QCOMPARE(Mod().LaunchServers[1].Address, 0);
-        QCOMPARE(Mod().LaunchServers[2].Port, 27911);
-        QCOMPARE(b->height(), Twips::px(930 + 1090));
-        QCOMPARE(b->Frame1->height(), b->height() - (Twips::px(930) - Twips::px(855)));
-        QVERIFY(b->windowFlags().testFlag(Qt::FramelessWindowHint));
-        b->close();
+        QCOMPARE(b.bar->height(), Twips::px(930 + 1090));
+        QCOMPARE(child<QFrame>(*b.bar, "frame_")->height(), b.bar->height() - (Twips::px(930) - Twips::px(855)));
+        QVERIFY(b.bar->windowFlags().testFlag(Qt::FramelessWindowHint));
+
+        // A port of 0 or none is the game's; a host name is not looked up. The prompt
+        // carries the 50-character description, padding included.
+        QCOMPARE(b.launchFrom(0), u"127.0.0.5:27910|Launch to Server?\n"_s + nuls);
+        QCOMPARE(b.launchFrom(1), u"0.0.0.0:27910|Launch to Server?\n  Named"_s + QString(43, u' '));
+        child<QAction>(*b.bar, "chatAction_")->trigger();
+        QCOMPARE(b.env.prompts.shown.last().text, u"Development not completed."_s);
+        QCOMPARE(b.env.prompts.shown.last().title, u"Pulsebox"_s);
 
         // No favorites: 545 twips lower than designed, only "x" remains.
-        w->setFavorites({});
-        b = openBar(*w);
-        QCOMPARE(b->height(), Twips::px(930 - 545));
-        QVERIFY(!b->cmdLaunch[0]->isVisible());
-        QVERIFY(b->Command1->isVisible());
-        b->close();
+        Bar none({});
+        QCOMPARE(none.bar->height(), Twips::px(930 - 545));
+        QVERIFY(!none.buttons()[0]->isVisible());
+        QVERIFY(none.closeButton()->isVisible());
 
         // Far more favorites than the screen holds: the bar stays inside it and scrolls.
+        QList<Favorite> many;
         for (int i = 0; i < 70; ++i)
-            MainWindowDriver::addFavorite(*w, u"127.0.1.%1"_s.arg(i), u"Server %1"_s.arg(i));
-        b = openBar(*w);
-        QCOMPARE(b->cmdLaunch.size(), 70);
-        QCOMPARE(Mod().LaunchServers.size(), size_t(71));
-        const QRect work = QGuiApplication::primaryScreen()->availableGeometry();
-        QVERIFY(b->height() <= work.height());
-        auto *column = b->findChild<QScrollArea *>();
-        QVERIFY(column);
-        QScrollBar *scroll = column->verticalScrollBar();
-        QVERIFY(scroll->isVisible());
-        QVERIFY(scroll->maximum() > 0);
+            many.append({u"127.0.1.%1"_s.arg(i), u"Server %1"_s.arg(i)});
+        Bar tall(many);
+        QCOMPARE(tall.buttons().size(), 70);
+        QVERIFY(tall.bar->height() <= QGuiApplication::primaryScreen()->availableGeometry().height());
+        QScrollBar *scroll = child<QScrollArea>(*tall.bar, "column_")->verticalScrollBar();
+        QVERIFY(scroll->isVisible() && scroll->maximum() > 0);
         scroll->setValue(scroll->maximum());
-        QWidget *last = b->cmdLaunch.last();
-        QVERIFY(b->Frame1->rect().contains(QRect(last->mapTo(b->Frame1, QPoint(0, 0)), last->size())));
-        b->close();
+        QWidget *last = tall.buttons().last(), *frame = child<QFrame>(*tall.bar, "frame_");
+        QVERIFY(frame->rect().contains(QRect(last->mapTo(frame, QPoint(0, 0)), last->size())));
     }
 
     void statusQueryAndPopup()
     {
-        TestEnvironment env;
-        auto w = newMainWindow();
         Demo::GameServer named(fake("127.0.10.21", u"34"_s, u"Pulse Arena"_s));
         Demo::GameServer described(fake("127.0.10.22", u"34"_s, u"Ignored Name"_s));
         Demo::GameServer silent(fake("127.0.10.23", u"silent"_s, u"Quiet"_s));
         QString error;
         for (Demo::GameServer *s : {&named, &described, &silent})
             QVERIFY2(s->start(&error), qPrintable(error));
-        MainWindowDriver::addFavorite(*w, u"127.0.10.21"_s, QString(50, QChar(0)));
-        MainWindowDriver::addFavorite(*w, u"127.0.10.22:27910"_s, u"My Place"_s);
-        MainWindowDriver::addFavorite(*w, u"127.0.10.23"_s, u"Hush"_s);
-        w->Command1->setEnabled(false);
-        frmLaunch *b = openBar(*w);
-        Mod().TaskbarEdge = u"BOTTOM"_s;
+        Bar b({{u"127.0.10.21"_s, QString(50, QChar(0))}, {u"127.0.10.22:27910"_s, u"My Place"_s}, {u"127.0.10.23"_s, u"Hush"_s}});
 
-        // During the wait the main window's controls are off, the bar's clicks ignored.
-        bool excluded = false;
+        // During the query the bar marks it, and its other clicks are ignored.
+        bool marked = false;
         QTimer::singleShot(0, [&] {
-            excluded = !w->centralWidget()->isEnabled() && b->launchBusy && Mod().QueryBusy;
-            b->cmdLaunch_Click(1);
+            marked = b.bar->isQuerying() && b.activity.isRunning(Activity::Kind::LauncherQuery);
+            QTest::mouseClick(b.buttons()[1], Qt::LeftButton);
         });
-        QCOMPARE(b->cmdLaunch[0]->text(), u"127.0.10.21"_s);
-        b->cmdLaunch_Click(0);
-        QVERIFY(excluded);
-        QVERIFY(w->centralWidget()->isEnabled());
-        QVERIFY(!b->launchBusy && !Mod().QueryBusy);
+        b.query(0);
+        QVERIFY(marked);
+        QVERIFY(b.activity.isIdle());
         QCOMPARE(named.received, QList<QByteArray>{QByteArray("\xff\xff\xff\xffstatus")});
         QVERIFY(described.received.isEmpty());
-        QCOMPARE(Mod().QueryMode, 99);
-        QVERIFY(b->popup && b->popup->isVisible());
         // The address caption gives way to the server's name, for this load only.
-        QCOMPARE(b->cmdLaunch[0]->text(), u"Pulse Arena"_s);
-        QCOMPARE(Mod().LaunchServers[0].HostName, u"Pulse Arena"_s.leftJustified(50, u' '));
-        QCOMPARE(b->popup->windowTitle(), u"Pulse Arena"_s);
-        QCOMPARE(b->popup->Text1->toPlainText(),
-                 u"PLAYER STATUS:\n21 38 \"Vector\"\n3 120 \"Doc Holiday\"\n"_s);
-        QVERIFY(b->popup->frameGeometry().right() < b->frameGeometry().left());
+        QCOMPARE(b.buttons()[0]->text(), u"Pulse Arena"_s);
+        QVERIFY(b.popup() && b.popup()->isVisible());
+        QCOMPARE(b.popup()->windowTitle(), u"Pulse Arena"_s);
+        QCOMPARE(b.popup()->text(), kPlayers);
+        QVERIFY(b.popup()->frameGeometry().right() < b.bar->frameGeometry().left());
+        QCOMPARE(b.launchFrom(0), u"127.0.10.21:27910|Launch to Server?\n"_s + u"Pulse Arena"_s.leftJustified(50));
 
         // A described favorite keeps its caption; the same pop-up is reused.
-        QPointer<frmsrvpop> popup = b->popup;
-        b->cmdLaunch_Click(1);
-        QCOMPARE(b->cmdLaunch[1]->text(), u"My Place"_s);
-        QCOMPARE(popup.data(), b->popup.data());
+        QPointer<StatusPopup> popup = b.popup();
+        b.query(1);
+        QCOMPARE(b.buttons()[1]->text(), u"My Place"_s);
+        QCOMPARE(b.popup(), popup.data());
         QCOMPARE(popup->windowTitle(), u"My Place"_s);
 
         // A silent server: five ticks, then nothing changes and nothing is said.
         popup->hide();
-        b->cmdLaunch_Click(2);
+        QElapsedTimer clock;
+        clock.start();
+        b.query(2);
         QCOMPARE(silent.received.size(), 1);
-        QCOMPARE(b->launchTicks, 5);
+        QVERIFY(clock.elapsed() >= 5 * 1000 * 0.05 * 0.8);  // five ticks of the test's fast clock
         QVERIFY(!popup->isVisible());
-        QVERIFY(env.prompts.shown.isEmpty());
-
-        // While the main window runs or queries, the bar does not query at all.
-        w->Command1->setEnabled(true);
-        b->cmdLaunch_Click(0);
-        Mod().QueryBusy = true;
-        w->Command1->setEnabled(false);
-        b->cmdLaunch_Click(0);
-        Mod().QueryBusy = false;
-        QCOMPARE(named.received.size(), 1);
+        QVERIFY(b.env.prompts.shown.isEmpty());
 
         // "x" during a query hides the bar at once and closes it when the wait ends.
-        QPointer<frmLaunch> guard = b;
-        QTimer::singleShot(0, [&] { QTest::mouseClick(b->Command1, Qt::LeftButton); });
-        b->cmdLaunch_Click(2);
-        QTRY_VERIFY(!guard);
+        QTest::mouseClick(b.buttons()[2], Qt::LeftButton);
+        QTest::mouseClick(b.closeButton(), Qt::LeftButton);
+        QVERIFY(b.bar && !b.bar->isVisible());
+        QTRY_VERIFY(!b.bar);
         QVERIFY(!popup);
     }
 
-    void rightClickMenu()
+    // Only the bar's own query blocks its clicks; the owner's runs do not, but the
+    // bar never sends while a game query of the owner waits.
+    void queriesNeverOverlap()
     {
-        TestEnvironment env;
-        auto w = newMainWindow();
-        MainWindowDriver::addFavorite(*w, u"127.0.0.2"_s, u"Pulse Arena"_s);
-        MainWindowDriver::addFavorite(*w, u"127.0.0.3:0"_s, u"Edge"_s);
-        frmLaunch *b = openBar(*w);
-        QTest::mousePress(b->cmdLaunch[1], Qt::RightButton);
-        QCOMPARE(b->popupIndex, 1);
-        QTRY_VERIFY(b->mnupopup->isVisible());
-        b->mnupopup->hide();
-        QTest::mouseClick(b->cmdLaunch[0], Qt::MiddleButton);
-        QCOMPARE(b->popupIndex, 1);
+        Demo::GameServer named(fake("127.0.10.31", u"34"_s, u"Pulse Arena"_s));
+        QString error;
+        QVERIFY2(named.start(&error), qPrintable(error));
+        Bar b({{u"127.0.10.31"_s, u"Arena"_s}});
 
-        Mod().GamePath = u"/games/q2/quake2.exe"_s;
-        env.prompts.answers = {true};
-        b->mnuLaunch->trigger();
-        QCOMPARE(env.prompts.shown.size(), 1);
-        QCOMPARE(env.prompts.shown[0].kind, u"question"_s);
-        QCOMPARE(env.prompts.shown[0].text, u"Launch to Server?\nEdge"_s + QString(46, u' '));
-        QCOMPARE(env.prompts.shown[0].title, u"Launch?"_s);
-        QCOMPARE(env.starter.started.size(), 1);
-        QCOMPARE(env.starter.started[0].program, u"/games/q2/quake2.exe"_s);
-        QCOMPARE(env.starter.started[0].arguments.last(), u"127.0.0.3:27910"_s);
-        QCOMPARE(env.starter.started[0].workingFolder, u"/games/q2/"_s);
+        Activity::Scope refresh(b.activity, Activity::Kind::Refresh);  // between two of its queries
+        b.query(0);
+        QCOMPARE(named.received.size(), 1);
+        QCOMPARE(b.popup()->text(), kPlayers);
 
-        // The same launch as the list's: no path, no start.
-        Mod().GamePath.clear();
-        b->mnuLaunch->trigger();
-        QCOMPARE(env.prompts.shown.last().title, u"Lauch Aborted"_s);
-        QCOMPARE(env.starter.started.size(), 1);
+        b.popup()->close();
+        b.activity.begin(Activity::Kind::ServerQuery);
+        QTest::mouseClick(b.buttons()[0], Qt::LeftButton);
+        QTest::qWait(100);
+        QVERIFY(b.bar->isQuerying());
+        QCOMPARE(named.received.size(), 1);  // held back
+        b.activity.begin(Activity::Kind::CountHops);  // other changes do not release it
+        QTest::qWait(50);
+        QCOMPARE(named.received.size(), 1);
+        b.activity.end(Activity::Kind::ServerQuery);
+        QTRY_COMPARE(named.received.size(), 2);
+        QTRY_VERIFY(!b.bar->isQuerying());
+        QVERIFY(b.popup()->isVisible());
+        b.activity.end(Activity::Kind::CountHops);
 
-        b->mnuChat->trigger();
-        QCOMPARE(env.prompts.shown.last().text, u"Development not completed."_s);
-        QCOMPARE(env.prompts.shown.last().title, u"Pulsebox"_s);
-        QCOMPARE(env.prompts.shown.last().kind, u"message"_s);
-        b->close();
+        // A query that waits for the owner's goes with the bar when "x" is pressed.
+        b.activity.begin(Activity::Kind::ServerQuery);
+        QTest::mouseClick(b.buttons()[0], Qt::LeftButton);
+        QTest::mouseClick(b.closeButton(), Qt::LeftButton);
+        QTRY_VERIFY(!b.bar);
+        b.activity.end(Activity::Kind::ServerQuery);
+        QTest::qWait(50);
+        QCOMPARE(named.received.size(), 2);
     }
 };
 

@@ -1,18 +1,9 @@
-#include "pinglists/pinglist.h"
-#include "probes/address.h"
+#include "../support/matcherdata.h"
 
 #include <QRandomGenerator>
-#include <QtEndian>
 #include <QtTest>
 
 namespace {
-QByteArray le32(qint32 v)
-{
-    char b[4];
-    qToLittleEndian(v, b);
-    return QByteArray(b, 4);
-}
-
 QByteArray header(qint32 p, qint32 n) { return PingList::kMagic + le32(p) + le32(n); }
 
 // Two players of N servers each, names and records all different.

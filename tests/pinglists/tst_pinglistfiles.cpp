@@ -1,3 +1,4 @@
+#include "support/matcherdata.h"
 #include "support/testsupport.h"
 
 #include "pinglists/pinglist.h"
@@ -5,24 +6,16 @@
 #include "probes/address.h"
 #include "serverlist/probedecisions.h"
 #include "shell/mainwindow.h"
-#include "shell/pulseboxmod.h"
+#include "shell/seams.h"
 #include "shell/serverrow.h"
 
 #include <QAction>
 #include <QApplication>
-#include <QtEndian>
 #include <QtTest>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-QByteArray le32(qint32 v)
-{
-    char b[4];
-    qToLittleEndian(v, b);
-    return QByteArray(b, 4);
-}
-
 QString warning(const QString &text) { return text + u"|Pulsebox|"_s + QString::number(int(Prompter::Icon::Warning)); }
 
 struct Files {
@@ -109,8 +102,8 @@ private slots:
         QCOMPARE(readFile(u"anon.Pbx"_s).mid(20, 15), QByteArray("Unknown        "));
 
         // Saving changes no matcher data.
-        QCOMPARE(Mod().PlayerCount, 0);
-        QVERIFY(Mod().PlayerNames.empty());
+        QCOMPARE(f.window->matcherData().PlayerCount, 0);
+        QVERIFY(f.window->matcherData().PlayerNames.empty());
     }
 
     void replaceOnlyOnYes()
@@ -139,9 +132,9 @@ private slots:
         QVERIFY(f.messages()[0].startsWith(u"Could not save old.Pbx"_s));
     }
 
-    // Before any refresh: 35 bytes, which a load refuses as damaged. Every refusal
-    // shows its message, opens no matcher and leaves the data as the reader says
-    // (tst_pinglist checks what that is).
+    // Before any refresh: 35 bytes, which a load refuses as damaged. A refusal
+    // shows the reader's message (tst_pinglist has them all), opens no matcher and
+    // leaves the data as the reader says; a huge count is refused without reading on.
     void emptyTableAndLoadFailures()
     {
         Files f;
@@ -149,24 +142,17 @@ private slots:
         const QByteArray empty = "Pulsebox 1.0" + le32(1) + le32(0) + "Al             ";
         QCOMPARE(readFile(u"empty.Pbx"_s), empty);
 
-        MatcherData before;
-        before.PlayerCount = 1;
-        before.MatchServerCount = 1;
-        before.recreateNames(1);
-        before.recreateLists(1, 1);
-        before.PlayerNames[1] = PingList::fixedName(u"Earlier"_s);
+        const MatcherData before = matcherData({{u"Earlier"_s, {{0, 0}}}});
         const QString damaged = u"Invalid (Possibly Damaged) file"_s;
         for (const auto &[bytes, text] : QList<std::pair<QByteArray, QString>>{
                  {empty, damaged},
                  {"Pulse", u"Not a Pulsebox file"_s},
-                 {"Pulsebox 2.0" + le32(1) + le32(1), u"Incorrect version"_s},
-                 {"Pulsebox 1.0" + le32(-2) + le32(1), damaged},
                  {"Pulsebox 1.0" + le32(1) + le32(0x7FFFFFFF) + QByteArray(15 + 73, 'x'), damaged}}) {  // 2 GiB of records
-            static_cast<MatcherData &>(Mod()) = before;
+            f.window->matcherData() = before;
             writeFile(u"bad.Pbx"_s, bytes);
             QVERIFY(!f.load(u"bad.Pbx"_s));
             QCOMPARE(f.messages(), QStringList{warning(text)});
-            QCOMPARE(static_cast<MatcherData &>(Mod()), PingList::read(bytes, before).data);
+            QCOMPARE(f.window->matcherData(), PingList::read(bytes, before).data);
         }
         // The dialog's cancel: nothing at all.
         f.load(QString());
@@ -180,39 +166,27 @@ private slots:
     void matcherSaveAndLoad()
     {
         Files f;
-        MatcherData &data = Mod();
-        data.PlayerCount = 2;
-        data.MatchServerCount = 5;
-        data.recreateNames(2);
-        data.recreateLists(2, 5);
-        data.PlayerNames[1] = PingList::fixedName(u"Alice"_s);
-        for (qint32 s = 1; s <= 5; ++s) {
-            ServerRec &r = data.PlayerLists[1][static_cast<size_t>(s)];
-            r.Address = DottedToAddress(u"127.0.71.%1"_s.arg(s));
-            r.Port = 27910;
-            r.PingMs = 10 * s;
-            r.HostName = ServerRow::pad(u"Arena %1"_s.arg(s), 50);
-            data.PlayerLists[2][static_cast<size_t>(s)].PingMs = 20 * s;  // a Ping run's record
-        }
-        const MatcherData saved = data;
+        MatcherData saved = matcherData({{u"Alice"_s, {{1, 10}, {2, 20}, {3, 30}, {4, 40}, {5, 50}}},
+                                         {u"Bob"_s, {{0, 20}, {0, 40}, {0, 60}, {0, 80}, {0, 100}}}});
+        saved.PlayerNames[2] = QString(15, QChar(0));  // a Ping run's player, cancelled before the name
         f.env.prompts.fileNames = {u"both"_s};
-        PingListFiles::cmdSave();
+        PingListFiles::saveMatcher(saved);
         QCOMPARE(f.env.prompts.texts(), QStringList{u"Pulsebox (*.Pbx)"_s});  // no name prompt
         const QByteArray bytes = readFile(u"both.Pbx"_s);
         QCOMPARE(bytes.size(), 20 + 2 * (15 + 73 * 5));
         QCOMPARE(bytes.mid(20 + 15 + 5 * 73, 15), QByteArray(15, '\0'));  // a name never assigned
 
-        static_cast<MatcherData &>(Mod()) = MatcherData{};
+        f.window->matcherData() = MatcherData{};
         QVERIFY(f.load(u"both.Pbx"_s));
         QVERIFY(f.messages().isEmpty());
-        QCOMPARE(static_cast<MatcherData &>(Mod()), saved);
+        QCOMPARE(f.window->matcherData(), saved);
 
         writeFile(u"cut.Pbx"_s, bytes.left(20 + 15 + 3 * 73 + 40));
         QVERIFY(f.load(u"cut.Pbx"_s));
         QCOMPARE(f.messages(), QStringList({u"File ended at: 5|Error |0"_s, u"File ended at: 1|Error |0"_s}));
-        QCOMPARE(Mod().PlayerCount, 2);
-        QCOMPARE(Mod().PlayerLists[1][3], saved.PlayerLists[1][3]);
-        QCOMPARE(Mod().PlayerLists[1][4], ServerRec{});
+        QCOMPARE(f.window->matcherData().PlayerCount, 2);
+        QCOMPARE(f.window->matcherData().PlayerLists[1][3], saved.PlayerLists[1][3]);
+        QCOMPARE(f.window->matcherData().PlayerLists[1][4], ServerRec{});
     }
 };
 

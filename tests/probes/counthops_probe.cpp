@@ -7,7 +7,7 @@
 #include "serverlist/probedecisions.h"
 #include "shell/itemlist.h"
 #include "shell/mainwindow.h"
-#include "shell/pulseboxmod.h"
+#include "shell/seams.h"
 #include "shell/serverrow.h"
 
 #include <QApplication>

@@ -2,8 +2,8 @@
 
 #include "demonet/demonetwork.h"
 #include "probes/address.h"
-#include "probes/frmservinfo.h"
-#include "probes/frmsrvpop.h"
+#include "probes/serverinfowindow.h"
+#include "probes/statuspopup.h"
 #include "probes/gamequerychannel.h"
 #include "probes/timeouts.h"
 #include "serverlist/probedecisions.h"
@@ -139,11 +139,11 @@ private slots:
 
     void popUpTextFollowsTheWindowSize()
     {
-        frmsrvpop pop;
+        StatusPopup pop;
         QCOMPARE(pop.size(), QSize(153, 97));
         pop.resize(300, 200);
         pop.show();
-        QTRY_COMPARE(pop.Text1->geometry(), pop.rect());  // no empty strips at the edges
+        QTRY_COMPARE(pop.findChild<QWidget *>(QStringLiteral("playersText_"))->geometry(), pop.rect());  // no empty strips at the edges
     }
 
     void serverInfoShowsSettingsAndPlayers()
@@ -174,21 +174,21 @@ private slots:
         QTest::mouseClick(serverInfo, Qt::LeftButton);
         QCOMPARE(server->received.last(), QByteArray("\xff\xff\xff\xffstatus"));
         QCOMPARE(w->findChild<QLineEdit *>(QStringLiteral("serverAddressEdit_"))->text(), QStringLiteral("127.0.10.11"));
-        auto *info = w->findChild<frmServinfo *>(QStringLiteral("frmServinfo"));
+        auto *info = w->findChild<ServerInfoWindow *>(QStringLiteral("ServerInfoWindow"));
         QVERIFY(info && info->isVisible());
         QVERIFY(info->isModal());
         QVERIFY((info->geometry().center() - info->screen()->geometry().center()).manhattanLength() <= 10);
-        const QString text = info->Text1->toPlainText();
+        const QString text = info->text();
         QVERIFY(text.startsWith(QStringLiteral("SERVER STATUS:\ncheats=0\ndeathmatch=1\n")));
         QVERIFY(text.contains(QStringLiteral("\nmaxclients=8\nprotocol=34\n")));
         QVERIFY(text.endsWith(QStringLiteral("\nPLAYER STATUS:\n21 38 \"Vector\"\n3 120 \"Doc Holiday\"\n-2 999 \"Mynx\"\n")));
-        QTest::mouseClick(info->Command1, Qt::LeftButton);
-        QTRY_VERIFY(!w->findChild<frmServinfo *>(QStringLiteral("frmServinfo")));
+        QTest::mouseClick(info->findChild<QPushButton *>(QStringLiteral("okButton_")), Qt::LeftButton);
+        QTRY_VERIFY(!w->findChild<ServerInfoWindow *>(QStringLiteral("ServerInfoWindow")));
 
         // A silent server shows nothing at all.
         w->servers().Servers[static_cast<size_t>(index)].Address = DottedToAddress(QStringLiteral("127.0.10.12"));
         QTest::mouseClick(serverInfo, Qt::LeftButton);
-        QVERIFY(!w->findChild<frmServinfo *>(QStringLiteral("frmServinfo")));
+        QVERIFY(!w->findChild<ServerInfoWindow *>(QStringLiteral("ServerInfoWindow")));
         QCOMPARE(env.prompts.shown.size(), 1);
     }
 };

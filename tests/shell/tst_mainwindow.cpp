@@ -1,8 +1,8 @@
 #include "support/testsupport.h"
 
 #include "demonet/demonetwork.h"
-#include "shell/frmhelp.h"
-#include "shell/frmsplash.h"
+#include "shell/helpwindow.h"
+#include "shell/splashwindow.h"
 #include "shell/itemlist.h"
 #include "shell/mainwindow.h"
 #include "shell/ticker.h"
@@ -31,10 +31,10 @@ double cpuSeconds()
     return static_cast<double>(ts.tv_sec) + static_cast<double>(ts.tv_nsec) / 1e9;
 }
 
-frmSplash *visibleSplash()
+SplashWindow *visibleSplash()
 {
     for (QWidget *top : QApplication::topLevelWidgets())
-        if (auto *s = qobject_cast<frmSplash *>(top); s && s->isVisible())
+        if (auto *s = qobject_cast<SplashWindow *>(top); s && s->isVisible())
             return s;
     return nullptr;
 }
@@ -231,13 +231,13 @@ private slots:
         MainWindow w;
         if (click)
             QTimer::singleShot(300, [] {
-                frmSplash *splash = visibleSplash();
+                SplashWindow *splash = visibleSplash();
                 QVERIFY(splash);
-                QCOMPARE(splash->lblVersion->text(), QStringLiteral("Version " PULSEBOX_VERSION));
-                QCOMPARE(splash->Label1->text(), QStringLiteral("Use at your own risk."));
-                QCOMPARE(splash->lblPlatform->text(), QStringLiteral("Win95"));
+                QCOMPARE(splash->findChild<QLabel *>(QStringLiteral("versionLabel_"))->text(), QStringLiteral("Version 1.1.1"));
+                QCOMPARE(splash->findChild<QLabel *>(QStringLiteral("riskLabel_"))->text(), QStringLiteral("Use at your own risk."));
+                QCOMPARE(splash->findChild<QLabel *>(QStringLiteral("platformLabel_"))->text(), QStringLiteral("Win95"));
                 QVERIFY(!(splash->windowFlags() & Qt::FramelessWindowHint));  // a fixed dialog border
-                QTest::mouseClick(splash->imgLogo, Qt::LeftButton);
+                QTest::mouseClick(splash->findChild<QLabel *>(QStringLiteral("logo_")), Qt::LeftButton);
             });
         QElapsedTimer clock;
         clock.start();
@@ -258,15 +258,15 @@ private slots:
         TestEnvironment env;
         auto w = newMainWindow();
         child<QAction>(w, "aboutAction_")->trigger();
-        QPointer<frmSplash> about = visibleSplash();
+        QPointer<SplashWindow> about = visibleSplash();
         QVERIFY(about);
         QTest::keyClick(about, Qt::Key_Space);
         QTRY_VERIFY(!about || !about->isVisible());
 
         child<QAction>(w, "contentsAction_")->trigger();
-        frmHelp *help = frmHelp::showHelp();
+        HelpWindow *help = HelpWindow::showHelp();
         QVERIFY(help->isVisible());
-        const QString text = help->browser->toPlainText();
+        const QString text = help->text();
         for (const char *topic : {"Refresh List", "Fav Refresh", "Server Info", "Add to Favorites", "Settings",
                                   "Quick Ping", "Favorites", "Update Master List"})
             QVERIFY2(text.contains(QLatin1String(topic)), topic);

@@ -4,7 +4,7 @@
 #include "serverlist/probedecisions.h"
 #include "shell/itemlist.h"
 #include "shell/mainwindow.h"
-#include "shell/pulseboxmod.h"
+#include "shell/seams.h"
 #include "shell/ticker.h"
 #include "shell/waiting.h"
 
@@ -83,7 +83,6 @@ bool ScriptedStarter::start(const QString &program, const QStringList &arguments
 
 TestEnvironment::TestEnvironment(double timeScale) : previousFolder(QDir::currentPath())
 {
-    Mod() = PulseboxMod{};
     abandonWaits(false);
     Ticker::setTimeScale(timeScale);
     Seams::setPrompts(&prompts);

@@ -1,10 +1,10 @@
 // The favorites store of the main window: loading, Add to Favorites, the editor.
 #include "favorites/favfile.h"
-#include "favorites/frmfavorites.h"
+#include "favorites/favoritesdialog.h"
 #include "probes/address.h"
 #include "shell/itemlist.h"
 #include "shell/mainwindow.h"
-#include "shell/pulseboxmod.h"
+#include "shell/seams.h"
 #include "shell/boundedfile.h"
 #include "shell/prompts.h"
 
@@ -80,8 +80,11 @@ void MainWindow::addSelectedToFavorites()
 
 void MainWindow::editFavorites()
 {
-    if (!favoritesEditor_)
-        favoritesEditor_ = new frmFavorites(this);
+    if (!favoritesEditor_) {
+        favoritesEditor_ = new FavoritesDialog(favorites_, this);
+        connect(favoritesEditor_, &FavoritesDialog::favoritesSaved, this,
+                [this](const QList<Favorite> &saved) { favorites_ = saved; });
+    }
     favoritesEditor_->show();
     favoritesEditor_->raise();
     favoritesEditor_->activateWindow();

@@ -4,11 +4,9 @@
 #include "launch/programstarter.h"
 #include "serverlist/urltext.h"
 #include "shell/prompts.h"
-#include "shell/pulseboxmod.h"
+#include "shell/seams.h"
 
 using namespace Qt::StringLiterals;
-
-GameLauncher::GameLauncher() : gamePath_(Mod().GamePath) {}
 
 GameLauncher::GameLauncher(QString gamePath) : gamePath_(std::move(gamePath)) {}
 

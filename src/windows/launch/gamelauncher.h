@@ -7,8 +7,7 @@
 // list's double-click and by the launcher bar's menu.
 class GameLauncher {
 public:
-    // The game path as configured when the launch happens (Mod().GamePath).
-    GameLauncher();
+    // gamePath: the configured game program, as the caller holds it when the launch happens.
     explicit GameLauncher(QString gamePath);
 
     // target: address ":" port. Every failure is told to the player.

@@ -1,12 +1,12 @@
 // Reading the game path at start-up, the Settings command and the game launch.
-#include "launch/frmsettings.h"
+#include "launch/settingsdialog.h"
 #include "launch/gamelauncher.h"
 #include "launch/gamepath.h"
 #include "probes/address.h"
 #include "serverlist/urltext.h"
 #include "shell/itemlist.h"
 #include "shell/mainwindow.h"
-#include "shell/pulseboxmod.h"
+#include "shell/seams.h"
 #include "shell/prompts.h"
 
 #include "shell/boundedfile.h"
@@ -20,21 +20,23 @@ void MainWindow::readConfiguration()
         return;
     const QString line = GameConfig::firstLine(file.bytes);
     if (GamePathPasses(line, line))
-        setGamePath(TrimSpaces(line));
+        gamePath_ = TrimSpaces(line);
 }
 
 void MainWindow::editSettings()
 {
-    (new frmSettings(this))->show();
+    auto *settings = new SettingsDialog(this);
+    connect(settings, &SettingsDialog::gamePathSaved, this, [this](const QString &path) { gamePath_ = path; });
+    settings->show();
 }
 
 void MainWindow::launchSelected()
 {
     if (const ServerRec *rec = selectedServer())
-        launchGame(AddressToDotted(rec->Address) + u':' + QString::number(rec->Port));
+        launchGame(AddressToDotted(rec->Address) + u':' + QString::number(rec->Port), u"Launch to Server?"_s);
 }
 
-void MainWindow::launchGame(const QString &target)
+void MainWindow::launchGame(const QString &target, const QString &prompt)
 {
-    GameLauncher().launch(target, u"Launch to Server?"_s);
+    GameLauncher(gamePath_).launch(target, prompt);
 }

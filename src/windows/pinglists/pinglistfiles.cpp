@@ -4,12 +4,12 @@
 #include "favorites/favfile.h"
 #include "pinglists/pinglist.h"
 #include "probes/address.h"
-#include "matcher/frmmatch.h"
+#include "matcher/pingmatcherdialog.h"
 #include "serverlist/refreshsession.h"
 #include "shell/mainwindow.h"
 #include "shell/waiting.h"
 #include "shell/prompts.h"
-#include "shell/pulseboxmod.h"
+#include "shell/seams.h"
 
 #include "shell/boundedfile.h"
 
@@ -40,11 +40,11 @@ bool write(const QString &path, const QByteArray &bytes)
     return false;
 }
 
-void cmdSave()
+void saveMatcher(const MatcherData &data)
 {
     const QString path = chooseSaveTarget();
     if (!path.isEmpty())
-        write(path, PingList::matcherBytes(Mod()));
+        write(path, PingList::matcherBytes(data));
 }
 
 }
@@ -71,8 +71,8 @@ void MainWindow::loadList()
     // file costs no more than that. A file that cannot be read reads as empty.
     const QByteArray bytes = BoundedFile::read(path, PingList::kMaxContentBytes).bytes;
 
-    PingList::LoadResult result = PingList::read(bytes, std::move(matcherData()));
-    matcherData() = std::move(result.data);
+    PingList::LoadResult result = PingList::read(bytes, std::move(matcherData_));
+    matcherData_ = std::move(result.data);
     for (const PingList::Message &m : result.messages)
         prompts.message(m.text, m.title, m.exclamation ? Prompter::Icon::Warning : Prompter::Icon::None);
     if (result.outcome == PingList::Outcome::Loaded)
@@ -83,7 +83,7 @@ void MainWindow::loadList()
 // File, Load returns only once the matcher is closed again.
 void MainWindow::showMatcher()
 {
-    frmMatch matcher(this);
+    PingMatcherDialog matcher(matcherData_, this);
     matcher.show();
     waitUntil([&matcher] { return !matcher.isVisible(); });
 }

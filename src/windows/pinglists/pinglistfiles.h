@@ -2,6 +2,8 @@
 #include <QByteArray>
 #include <QString>
 
+struct MatcherData;
+
 // The ping-list files' dialogs and writes, shared by the main window's File menu
 // and the matcher window's Save. Every prompt goes through Seams::prompts().
 namespace PingListFiles {
@@ -14,7 +16,7 @@ QString chooseSaveTarget();
 // On failure the user is told why, the old file is left as it was, and the result is false.
 bool write(const QString &path, const QByteArray &bytes);
 
-// The matcher window's Save (cmdSave): the dialog and the question as above, no
-// name prompt, then every player the matcher holds in Mod(), names as they are.
-void cmdSave();
+// The matcher window's Save: the dialog and the question as above, no name
+// prompt, then every player of `data`, names as they are.
+void saveMatcher(const MatcherData &data);
 }

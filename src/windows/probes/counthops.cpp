@@ -6,7 +6,7 @@
 #include "shell/itemlist.h"
 #include "shell/mainwindow.h"
 #include "shell/prompts.h"
-#include "shell/pulseboxmod.h"
+#include "shell/seams.h"
 #include "shell/waiting.h"
 
 #include <QLabel>

@@ -1,6 +1,6 @@
 // Server Info: the selected server's status answer in its own window.
 #include "probes/address.h"
-#include "probes/frmservinfo.h"
+#include "probes/serverinfowindow.h"
 #include "probes/gamequery.h"
 #include "probes/gamequerychannel.h"
 #include "shell/mainwindow.h"
@@ -18,6 +18,6 @@ void MainWindow::showServerInfo()
     const QString answer = queries_->query(address, port, GameQuery::StatusMode);
     if (answer.isEmpty())
         return;
-    auto *window = new frmServinfo(GameQuery::serverInfoText(answer), this);
+    auto *window = new ServerInfoWindow(GameQuery::serverInfoText(answer), this);
     window->show();
 }

@@ -3,7 +3,7 @@
 #include "serverlist/refreshsession.h"
 #include "shell/itemlist.h"
 #include "shell/mainwindow.h"
-#include "shell/pulseboxmod.h"
+#include "shell/seams.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -63,7 +63,7 @@ void MainWindow::runRefresh(bool favoritesOnly)
     request.fast = fastRefreshAction_->isChecked();
 
     session_->setEchoService(&Seams::echo(), Seams::echoReplaced());
-    matcherData().PlayerCount = 1;  // a refresh starts the matcher's players afresh
+    matcherData_.PlayerCount = 1;  // a refresh starts the matcher's players afresh
     facts_.listRefreshed = true;
     facts_.serverInfoArmed = false;
     facts_.hopsCounted = false;

@@ -3,14 +3,15 @@
 #include "probes/gamequerychannel.h"
 #include "serverlist/refreshsession.h"
 #include "shell/controls.h"
-#include "shell/frmhelp.h"
-#include "shell/frmsplash.h"
+#include "shell/helpwindow.h"
+#include "shell/splashwindow.h"
 #include "shell/itemlist.h"
 #include "shell/prompts.h"
-#include "shell/pulseboxmod.h"
+#include "shell/seams.h"
 #include "shell/ticker.h"
 #include "shell/twips.h"
 #include "shell/waiting.h"
+#include "probes/timeouts.h"
 
 #include <QActionGroup>
 #include <QApplication>
@@ -95,10 +96,6 @@ MainWindow::~MainWindow() = default;
 
 ServerTable &MainWindow::servers() { return session_->table(); }
 
-// Shared with the dialogs that still read them from the module state.
-const QString &MainWindow::gamePath() const { return Mod().GamePath; }
-void MainWindow::setGamePath(const QString &path) { Mod().GamePath = path; }
-MatcherData &MainWindow::matcherData() { return Mod(); }
 
 void MainWindow::buildControls(QWidget *client)
 {
@@ -307,9 +304,13 @@ void MainWindow::closeEvent(QCloseEvent *event)
 
 void MainWindow::start()
 {
-    splash_ = new frmSplash(splashTicker_);
+    splash_ = new SplashWindow;
+    connect(splash_, &SplashWindow::closed, this, [this] {
+        splashTicks_ = 5;
+        splashTicker_->setInterval(0);
+    });
     splash_->show();
-    splashTicker_->setInterval(1000);
+    splashTicker_->setInterval(Timeouts::kTickMs);
     listLocationBox_->addItem(listLocationBox_->currentText());
     listLocationBox_->addItem(u"http://127.0.0.1/"_s);
     // Master servers: the one the demo network runs on this machine, then public
@@ -319,7 +320,7 @@ void MainWindow::start()
         listLocationBox_->addItem(master);
     listLocationBox_->setEditText(listLocationBox_->itemText(0));
 
-    waitUntil([this] { return splashTicks_ >= 2 || !splash_ || !splash_->isVisible(); });
+    waitUntil([this] { return splashTicks_ >= 2; });
     if (splash_)
         splash_->close();
 
@@ -335,11 +336,11 @@ void MainWindow::start()
 void MainWindow::showAbout()
 {
     if (!splash_) {
-        splash_ = new frmSplash(splashTicker_);
+        splash_ = new SplashWindow;
         splash_->show();
     }
     splash_->raise();
     splash_->activateWindow();
 }
 
-void MainWindow::showHelp() { frmHelp::showHelp(); }
+void MainWindow::showHelp() { HelpWindow::showHelp(); }

@@ -21,9 +21,9 @@ class ItemList;
 class RefreshSession;
 class Ticker;
 class TrayIcon;
-class frmLaunch;
-class frmFavorites;
-class frmSplash;
+class FavoritesDialog;
+class LauncherBar;
+class SplashWindow;
 struct ServerRec;
 struct ServerTable;
 
@@ -43,13 +43,14 @@ public:
     Activity &activity() { return activity_; }
     const QList<Favorite> &favorites() const { return favorites_; }
     void setFavorites(const QList<Favorite> &favorites) { favorites_ = favorites; }
-    const QString &gamePath() const;
-    void setGamePath(const QString &path);
-    MatcherData &matcherData();
+    const QString &gamePath() const { return gamePath_; }
+    void setGamePath(const QString &path) { gamePath_ = path; }
+    MatcherData &matcherData() { return matcherData_; }
     // The server table of the last refresh (Count Hops and File, Save read it too).
     ServerTable &servers();
-    // The one launch routine: the row double-click's and the launcher bar's.
-    void launchGame(const QString &target);
+    // The one launch routine, the row double-click's and the launcher bar's:
+    // target is address ":" port, prompt the question the player is asked.
+    void launchGame(const QString &target, const QString &prompt);
 
 signals:
     void statusChanged(const QString &text);
@@ -100,12 +101,15 @@ private:
     GameQueryChannel *queries_;
     RefreshSession *session_;
     QList<Favorite> favorites_;  // in file order
+    QString gamePath_;           // the game program, trimmed; empty when not set
+    MatcherData matcherData_;    // the loaded ping list and the matcher's players
+    QString taskbarEdge_;        // "LEFT", "RIGHT", "TOP", "BOTTOM" or empty
     int splashTicks_ = 0;        // ticks since start-up; the start waits for two
     int trayClickState_ = 0;     // 0 idle, 1 a first click waits for a second, 3 it stayed single
-    QPointer<frmSplash> splash_;
-    QPointer<frmFavorites> favoritesEditor_;
+    QPointer<SplashWindow> splash_;
+    QPointer<FavoritesDialog> favoritesEditor_;
     QPointer<TrayIcon> tray_;        // made at the first Iconize, kept for the run
-    QPointer<frmLaunch> launcherBar_;
+    QPointer<LauncherBar> launcherBar_;
     Ticker *splashTicker_;
     Ticker *trayClickTicker_;
 

@@ -1,8 +1,8 @@
 // Iconize, the tray icon's clicks and where the launcher bar opens.
-#include "launch/frmlaunch.h"
+#include "launch/launcherbar.h"
 #include "shell/mainwindow.h"
 #include "shell/iconize.h"
-#include "shell/pulseboxmod.h"
+#include "shell/seams.h"
 #include "shell/ticker.h"
 #include "shell/trayicon.h"
 #include "shell/waiting.h"
@@ -23,6 +23,7 @@ void MainWindow::iconize()
     if (!tray_) {
         tray_ = Seams::makeTray(this);
         connect(tray_, &TrayIcon::mouseEvent, this, &MainWindow::onTrayEvent);
+        tray_->setFirstClickPending([this] { return trayClickState_ == 1; });
     }
     const QIcon icon = windowIcon().isNull() ? PulseboxIcon() : windowIcon();
     // The icon first: the window is hidden only once there is a way back to it.
@@ -38,21 +39,20 @@ void MainWindow::onTrayEvent(int number)
 {
     if (number == TrayIcon::kLeftPress) {
         trayClickState_ = 1;
-        if (tray_)
-            tray_->setAwaitingSecondClick(true);
         trayClickTicker_->setInterval(500);
         waitUntil([this] { return trayClickState_ != 1; });
         trayClickTicker_->setInterval(0);
-        if (tray_)
-            tray_->setAwaitingSecondClick(false);
         if (trayClickState_ != 3)
             return;
         const ScreenRect taskbar = GetTaskbarRect();
         const ScreenRect workArea = GetWorkArea();
-        Mod().TaskbarEdge = TaskbarEdgeOf(taskbar);
+        taskbarEdge_ = TaskbarEdgeOf(taskbar);
         if (!launcherBar_)
-            launcherBar_ = new frmLaunch(this);
-        launcherBar_->move(LaunchBarTopLeft(Mod().TaskbarEdge, workArea, launcherBar_->frameGeometry().size(),
+            launcherBar_ = new LauncherBar(favorites_, activity_, [this](const QString &target, const QString &prompt) {
+                launchGame(target, prompt);
+            }, this);
+        launcherBar_->setTaskbarEdge(taskbarEdge_);
+        launcherBar_->move(LaunchBarTopLeft(taskbarEdge_, workArea, launcherBar_->frameGeometry().size(),
                                             launcherBar_->pos()));
         launcherBar_->show();
         SetTopMost(launcherBar_, true);

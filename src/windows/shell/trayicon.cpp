@@ -27,7 +27,7 @@ SystemTray::SystemTray(QObject *parent) : TrayIcon(parent), icon_(new QSystemTra
     // during that wait is the double click either way; a double click reported
     // after it finds the window already back and changes nothing.
     connect(icon_, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
-        const bool waiting = awaitingSecondClick();
+        const bool waiting = firstClickPending();
         if (reason == QSystemTrayIcon::Trigger)
             emit mouseEvent(waiting ? kLeftDoubleClick : kLeftPress);
         else if (reason == QSystemTrayIcon::DoubleClick)
@@ -75,7 +75,7 @@ protected:
     // run inside this window's own mouse handling.
     void mousePressEvent(QMouseEvent *event) override
     {
-        if (event->button() == Qt::LeftButton && !tray_->awaitingSecondClick())
+        if (event->button() == Qt::LeftButton && !tray_->firstClickPending())
             report(TrayIcon::kLeftPress);
     }
     void mouseDoubleClickEvent(QMouseEvent *event) override

@@ -5,6 +5,8 @@
 #include <QString>
 #include <QWidget>
 
+#include <functional>
+
 class QSystemTrayIcon;
 
 // The icon that stands for a hidden main window. It reports the two mouse events
@@ -24,16 +26,16 @@ public:
     virtual void remove() = 0;
     virtual bool isShown() const = 0;
 
-    // While the owner waits to see whether a press becomes a double click, a
-    // second press is that double click rather than a new first press.
-    void setAwaitingSecondClick(bool awaiting) { awaitingSecondClick_ = awaiting; }
-    bool awaitingSecondClick() const { return awaitingSecondClick_; }
+    // Whether the owner still waits to see if a first click becomes a double
+    // click: a click meanwhile is that double click's second half.
+    void setFirstClickPending(std::function<bool()> pending) { firstClickPending_ = std::move(pending); }
+    bool firstClickPending() const { return firstClickPending_ && firstClickPending_(); }
 
 signals:
     void mouseEvent(int number);
 
 private:
-    bool awaitingSecondClick_ = false;
+    std::function<bool()> firstClickPending_;
 };
 
 // The desktop's notification area (StatusNotifierItem or an XEmbed tray).

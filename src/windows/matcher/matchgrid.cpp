@@ -1,14 +1,16 @@
-#include "matcher/flexgrid.h"
+#include "matcher/matchgrid.h"
 
 #include "matcher/matchnumbers.h"
 #include "shell/twips.h"
 
 #include <QHeaderView>
+#include <QStyle>
 
 #include <algorithm>
 
-FlexGrid::FlexGrid(QWidget *parent) : QTableWidget(parent)
+MatchGrid::MatchGrid(QWidget *parent) : QTableWidget(parent)
 {
+    connect(horizontalHeader(), &QHeaderView::sectionResized, this, [this](int col) { alignHeader(col); });
     verticalHeader()->hide();
     horizontalHeader()->setSectionResizeMode(QHeaderView::Interactive);
     horizontalHeader()->setHighlightSections(false);
@@ -18,10 +20,10 @@ FlexGrid::FlexGrid(QWidget *parent) : QTableWidget(parent)
     setSelectionBehavior(QAbstractItemView::SelectRows);
     setSelectionMode(QAbstractItemView::SingleSelection);
     setWordWrap(false);
-    setRows(1);
+    setGridRows(1);
 }
 
-void FlexGrid::setRows(int rows)
+void MatchGrid::setGridRows(int rows)
 {
     const int before = rowCount();
     setRowCount(std::max(rows, 1) - 1);
@@ -30,7 +32,7 @@ void FlexGrid::setRows(int rows)
             cell(r + 1, c);
 }
 
-void FlexGrid::setCols(int cols)
+void MatchGrid::setGridCols(int cols)
 {
     const int before = columnCount();
     cols = std::max(cols, 0);
@@ -38,22 +40,22 @@ void FlexGrid::setCols(int cols)
     colWidths_.resize(static_cast<size_t>(cols), -1);
     for (int c = before; c < cols; ++c) {
         setColumnHidden(c, false);
-        for (int r = 0; r < Rows(); ++r)
+        for (int r = 0; r < gridRows(); ++r)
             cell(r, c);
     }
 }
 
-int FlexGrid::ColWidth(int col) const
+int MatchGrid::colWidthTwips(int col) const
 {
-    if (col < 0 || col >= Cols())
+    if (col < 0 || col >= gridCols())
         return 0;
     const int twips = colWidths_[static_cast<size_t>(col)];
     return twips >= 0 ? twips : columnWidth(col) * 15;
 }
 
-void FlexGrid::setColWidth(int col, int twips)
+void MatchGrid::setColWidthTwips(int col, int twips)
 {
-    if (col < 0 || col >= Cols())
+    if (col < 0 || col >= gridCols())
         return;
     twips = std::max(twips, 0);
     colWidths_[static_cast<size_t>(col)] = twips;
@@ -64,7 +66,7 @@ void FlexGrid::setColWidth(int col, int twips)
 
 // Creates the item on first use, so that every cell of the grid has one: a header
 // item in row 0 (else the header shows numbers) and a fixed-looking one in column 0.
-QTableWidgetItem *FlexGrid::cell(int row, int col)
+QTableWidgetItem *MatchGrid::cell(int row, int col)
 {
     if (row == 0) {
         QTableWidgetItem *item = horizontalHeaderItem(col);
@@ -87,43 +89,45 @@ QTableWidgetItem *FlexGrid::cell(int row, int col)
     return item;
 }
 
-QString FlexGrid::TextMatrix(int row, int col) const
+QString MatchGrid::cellText(int row, int col) const
 {
-    if (row < 0 || row >= Rows() || col < 0 || col >= Cols())
+    if (row < 0 || row >= gridRows() || col < 0 || col >= gridCols())
         return {};
     const QTableWidgetItem *item = row == 0 ? horizontalHeaderItem(col) : this->item(row - 1, col);
     return item ? item->text() : QString();
 }
 
-void FlexGrid::setTextMatrix(int row, int col, const QString &text)
+void MatchGrid::setCellText(int row, int col, const QString &text)
 {
-    if (row < 0 || row >= Rows() || col < 0 || col >= Cols())
+    if (row < 0 || row >= gridRows() || col < 0 || col >= gridCols())
         return;
     cell(row, col)->setText(text);
+    if (row == 0)
+        alignHeader(col);
 }
 
-QString FlexGrid::TextArray(int index) const
+QString MatchGrid::textAt(int index) const
 {
-    if (Cols() == 0 || index < 0)
+    if (gridCols() == 0 || index < 0)
         return {};
-    return TextMatrix(index / Cols(), index % Cols());
+    return cellText(index / gridCols(), index % gridCols());
 }
 
-void FlexGrid::setTextArray(int index, const QString &text)
+void MatchGrid::setTextAt(int index, const QString &text)
 {
-    if (Cols() == 0 || index < 0)
+    if (gridCols() == 0 || index < 0)
         return;
-    setTextMatrix(index / Cols(), index % Cols(), text);
+    setCellText(index / gridCols(), index % gridCols(), text);
 }
 
-void FlexGrid::sortAscending()
+void MatchGrid::sortAscending()
 {
     const int col = sortColumn_;
-    if (col < 0 || col >= Cols() || rowCount() < 2)
+    if (col < 0 || col >= gridCols() || rowCount() < 2)
         return;
     std::vector<std::vector<QTableWidgetItem *>> rows(static_cast<size_t>(rowCount()));
     for (int r = 0; r < rowCount(); ++r) {
-        for (int c = 0; c < Cols(); ++c)
+        for (int c = 0; c < gridCols(); ++c)
             rows[static_cast<size_t>(r)].push_back(takeItem(r, c));
     }
     const auto key = [col](const std::vector<QTableWidgetItem *> &row) {
@@ -134,12 +138,23 @@ void FlexGrid::sortAscending()
         return MatchNumbers::compareGeneric(key(a), key(b)) < 0;
     });
     for (int r = 0; r < rowCount(); ++r)
-        for (int c = 0; c < Cols(); ++c)
+        for (int c = 0; c < gridCols(); ++c)
             setItem(r, c, rows[static_cast<size_t>(r)][static_cast<size_t>(c)]);
 }
 
-void FlexGrid::setWidthTwips(int twips)
+void MatchGrid::setWidthTwips(int twips)
 {
     widthTwips_ = twips;
     resize(Twips::px(twips), height());
+}
+
+void MatchGrid::alignHeader(int col)
+{
+    QTableWidgetItem *item = horizontalHeaderItem(col);
+    if (!item)
+        return;
+    const int margin = style()->pixelMetric(QStyle::PM_HeaderMargin, nullptr, horizontalHeader());
+    const int room = horizontalHeader()->sectionSize(col) - 2 * margin;
+    const bool fits = horizontalHeader()->fontMetrics().horizontalAdvance(item->text()) <= room;
+    item->setTextAlignment(fits ? Qt::AlignCenter : Qt::AlignLeft | Qt::AlignVCenter);
 }

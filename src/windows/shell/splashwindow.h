@@ -2,16 +2,16 @@
 #include <QDialog>
 
 class QLabel;
-class Ticker;
 
 // The start-up splash, also shown as the About box. Any key or click closes it.
-class frmSplash : public QDialog {
+class SplashWindow : public QDialog {
     Q_OBJECT
 public:
-    // startupClock: the main window's Timer2, stopped when the splash closes.
-    explicit frmSplash(Ticker *startupClock, QWidget *parent = nullptr);
+    explicit SplashWindow(QWidget *parent = nullptr);
 
-    QLabel *imgLogo, *lblVersion, *lblPlatform, *Label1;
+signals:
+    // However the window closes: the start-up wait need not go on.
+    void closed();
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
@@ -20,7 +20,7 @@ protected:
     void closeEvent(QCloseEvent *event) override;
 
 private:
-    Ticker *startupClock_;
+    QLabel *logo_, *versionLabel_, *platformLabel_, *riskLabel_;
 };
 
 // The program's logo, drawn rather than shipped.

@@ -1,8 +1,6 @@
-#include "shell/frmsplash.h"
+#include "shell/splashwindow.h"
 
 #include "shell/controls.h"
-#include "shell/pulseboxmod.h"
-#include "shell/ticker.h"
 #include "shell/twips.h"
 
 #include <QEvent>
@@ -42,41 +40,40 @@ QPixmap PulseboxLogo(int width, int height)
     return pixmap;
 }
 
-frmSplash::frmSplash(Ticker *startupClock, QWidget *parent)
-    : QDialog(parent, Qt::Dialog | Qt::MSWindowsFixedSizeDialogHint), startupClock_(startupClock)
+SplashWindow::SplashWindow(QWidget *parent) : QDialog(parent, Qt::Dialog | Qt::MSWindowsFixedSizeDialogHint)
 {
-    setObjectName(u"frmSplash"_s);
+    setObjectName(u"SplashWindow"_s);
     setFont(QFont(u"Arial"_s));
     setAttribute(Qt::WA_DeleteOnClose);
     setFixedSize(Twips::size(7380, 3015));
     auto *frame = new QGroupBox(this);
-    frame->setObjectName(u"Frame1"_s);
+    frame->setObjectName(u"frame"_s);
     frame->setGeometry(Twips::rect(150, 60, 7080, 2745));
 
-    imgLogo = new QLabel(frame);
-    imgLogo->setObjectName(u"imgLogo"_s);
-    imgLogo->setGeometry(Twips::rect(240, 240, 3000, 2280));
-    imgLogo->setPixmap(PulseboxLogo(imgLogo->width(), imgLogo->height()));
-    imgLogo->setAccessibleName(u"Pulsebox logo"_s);
+    logo_ = new QLabel(frame);
+    logo_->setObjectName(u"logo_"_s);
+    logo_->setGeometry(Twips::rect(240, 240, 3000, 2280));
+    logo_->setPixmap(PulseboxLogo(logo_->width(), logo_->height()));
+    logo_->setAccessibleName(u"Pulsebox logo"_s);
 
     const QString version = u"Version "_s + QStringLiteral(PULSEBOX_VERSION);
     // Placed by their left edge like every control, right-aligned within the room up to
     // the frame's edge; a wider caption grows to the right.
-    lblVersion = Controls::label(frame, "lblVersion", version, Twips::rect(6030, 1080, 990, 300), Qt::AlignLeft, true);
-    lblPlatform = Controls::label(frame, "lblPlatform", u"Win95"_s, Twips::rect(6000, 720, 1020, 300), Qt::AlignLeft, true);
-    for (QLabel *l : {lblVersion, lblPlatform})
+    versionLabel_ = Controls::label(frame, "versionLabel_", version, Twips::rect(6030, 1080, 990, 300), Qt::AlignLeft, true);
+    platformLabel_ = Controls::label(frame, "platformLabel_", u"Win95"_s, Twips::rect(6000, 720, 1020, 300), Qt::AlignLeft, true);
+    for (QLabel *l : {versionLabel_, platformLabel_})
         l->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    Label1 = Controls::label(frame, "Label1", u"Use at your own risk."_s, Twips::rect(4560, 1620, 2400, 300));
+    riskLabel_ = Controls::label(frame, "riskLabel_", u"Use at your own risk."_s, Twips::rect(4560, 1620, 2400, 300));
 
     // A click on the frame, the picture or a label closes the window.
-    for (QWidget *w : std::initializer_list<QWidget *>{frame, imgLogo, lblVersion, lblPlatform, Label1})
+    for (QWidget *w : std::initializer_list<QWidget *>{frame, logo_, versionLabel_, platformLabel_, riskLabel_})
         w->installEventFilter(this);
 }
 
-void frmSplash::keyPressEvent(QKeyEvent *) { close(); }
-void frmSplash::mousePressEvent(QMouseEvent *) { close(); }
+void SplashWindow::keyPressEvent(QKeyEvent *) { close(); }
+void SplashWindow::mousePressEvent(QMouseEvent *) { close(); }
 
-bool frmSplash::eventFilter(QObject *watched, QEvent *event)
+bool SplashWindow::eventFilter(QObject *watched, QEvent *event)
 {
     if (event->type() == QEvent::MouseButtonPress) {
         close();
@@ -85,10 +82,8 @@ bool frmSplash::eventFilter(QObject *watched, QEvent *event)
     return QDialog::eventFilter(watched, event);
 }
 
-void frmSplash::closeEvent(QCloseEvent *event)
+void SplashWindow::closeEvent(QCloseEvent *event)
 {
-    Mod().SplashTicks = 5;
-    if (startupClock_)
-        startupClock_->setInterval(0);
+    emit closed();
     QDialog::closeEvent(event);
 }

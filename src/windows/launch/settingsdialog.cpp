@@ -1,11 +1,11 @@
-#include "launch/frmsettings.h"
+#include "launch/settingsdialog.h"
 
 #include "favorites/favfile.h"
 #include "launch/gamepath.h"
 #include "probes/address.h"
 #include "serverlist/urltext.h"
 #include "shell/controls.h"
-#include "shell/pulseboxmod.h"
+#include "shell/seams.h"
 #include "shell/prompts.h"
 #include "shell/twips.h"
 
@@ -16,35 +16,35 @@
 
 using namespace Qt::StringLiterals;
 
-frmSettings::frmSettings(QWidget *owner) : QDialog(owner)
+SettingsDialog::SettingsDialog(QWidget *owner) : QDialog(owner)
 {
-    setObjectName(u"frmSettings"_s);
+    setObjectName(u"SettingsDialog"_s);
     setWindowTitle(u"Settings"_s);
     Controls::applyDesignLook(this);
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowModality(Qt::ApplicationModal);
     setFixedSize(Twips::size(4050, 1845));
-    Label1 = Controls::label(this, "Label1", u"Path to Quake 2"_s, Twips::rect(120, 180, 1335, 255));
-    Text1 = Controls::textBox(this, "Text1", Twips::rect(1560, 120, 2355, 315), Label1);
-    Command1 = Controls::button(this, "Command1", u"OK"_s, Twips::rect(60, 1380, 915, 375));
-    Command2 = Controls::button(this, "Command2", u"Cancel"_s, Twips::rect(3060, 1380, 915, 375));
-    setTabOrder(Text1, Command1);
-    setTabOrder(Command1, Command2);
-    connect(Command1, &QPushButton::clicked, this, &frmSettings::Command1_Click);
-    connect(Command2, &QPushButton::clicked, this, &QDialog::close);
+    pathLabel_ = Controls::label(this, "pathLabel_", u"Path to Quake 2"_s, Twips::rect(120, 180, 1335, 255));
+    pathEdit_ = Controls::textBox(this, "pathEdit_", Twips::rect(1560, 120, 2355, 315), pathLabel_);
+    okButton_ = Controls::button(this, "okButton_", u"OK"_s, Twips::rect(60, 1380, 915, 375));
+    cancelButton_ = Controls::button(this, "cancelButton_", u"Cancel"_s, Twips::rect(3060, 1380, 915, 375));
+    setTabOrder(pathEdit_, okButton_);
+    setTabOrder(okButton_, cancelButton_);
+    connect(okButton_, &QPushButton::clicked, this, &SettingsDialog::checkAndSave);
+    connect(cancelButton_, &QPushButton::clicked, this, &QDialog::close);
 
     if (FileExists(GameConfig::kName)) {
         QFile file(GameConfig::kName);
         if (file.open(QIODevice::ReadOnly))
-            Text1->setText(GameConfig::firstLine(file.readAll()));
+            pathEdit_->setText(GameConfig::firstLine(file.readAll()));
     }
     if (owner)
         move(owner->geometry().center() - rect().center());
 }
 
-void frmSettings::Command1_Click()
+void SettingsDialog::checkAndSave()
 {
-    const QString typed = Text1->text();
+    const QString typed = pathEdit_->text();
     const QString trimmed = TrimSpaces(typed);
     if (!GamePathPasses(typed, trimmed)) {
         Seams::prompts().message(u"Didn't find QUAKE2.EXE"_s, AppTitle);
@@ -56,6 +56,6 @@ void frmSettings::Command1_Click()
                                      + error, AppTitle, Prompter::Icon::Warning);
         return;
     }
-    Mod().GamePath = trimmed;
+    emit gamePathSaved(trimmed);
     close();
 }

@@ -1,4 +1,4 @@
-#include "shell/frmhelp.h"
+#include "shell/helpwindow.h"
 
 #include <QPointer>
 #include <QTextBrowser>
@@ -11,29 +11,31 @@ static void loadHelpResource()
     Q_INIT_RESOURCE(pulsebox);  // the help lives in a static library's resources
 }
 
-frmHelp::frmHelp(QWidget *parent) : QWidget(parent, Qt::Window)
+HelpWindow::HelpWindow(QWidget *parent) : QWidget(parent, Qt::Window)
 {
     loadHelpResource();
-    setObjectName(u"frmHelp"_s);
+    setObjectName(u"HelpWindow"_s);
     setWindowTitle(u"Pulsebox Help"_s);
     setAttribute(Qt::WA_DeleteOnClose);
-    browser = new QTextBrowser(this);
-    browser->setObjectName(u"helpText"_s);
-    browser->setOpenLinks(true);
-    browser->setSource(QUrl(u"qrc:/help/pulsebox-help.html"_s));
+    helpText_ = new QTextBrowser(this);
+    helpText_->setObjectName(u"helpText_"_s);
+    helpText_->setOpenLinks(true);
+    helpText_->setSource(QUrl(u"qrc:/help/pulsebox-help.html"_s));
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(browser);
+    layout->addWidget(helpText_);
     resize(640, 560);
 }
 
-frmHelp *frmHelp::showHelp()
+HelpWindow *HelpWindow::showHelp()
 {
-    static QPointer<frmHelp> window;
+    static QPointer<HelpWindow> window;
     if (!window)
-        window = new frmHelp;
+        window = new HelpWindow;
     window->show();
     window->raise();
     window->activateWindow();
     return window;
 }
+
+QString HelpWindow::text() const { return helpText_->toPlainText(); }

@@ -1,0 +1,310 @@
+#include "support/dialogsupport.h"
+#include "support/matcherdata.h"
+#include "support/testsupport.h"
+
+#include "matcher/matchgrid.h"
+#include "matcher/pingmatcherdialog.h"
+#include "shell/ticker.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QGroupBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QStyle>
+#include <QtTest>
+
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+QString dotted(int s) { return u"127.0.%1.%1"_s.arg(s); }
+
+MatchGrid *grid(const QWidget &w) { return child<MatchGrid>(w, "matchGrid_"); }
+QPushButton *button(const QWidget &w, const char *name) { return child<QPushButton>(w, name); }
+QLabel *label(const QWidget &w, const char *name) { return child<QLabel>(w, name); }
+
+// Every cell of column `col` in the data rows, in the order shown.
+QStringList column(const QWidget &w, int col)
+{
+    QStringList cells;
+    for (int r = 1; r < grid(w)->gridRows(); ++r)
+        cells << grid(w)->cellText(r, col);
+    return cells;
+}
+
+QList<QStringList> rows(const QWidget &w)
+{
+    QList<QStringList> all;
+    for (int r = 1; r < grid(w)->gridRows(); ++r) {
+        QStringList cells;
+        for (int c = 0; c < grid(w)->gridCols(); ++c)
+            cells << grid(w)->cellText(r, c);
+        all << cells;
+    }
+    return all;
+}
+
+struct Matcher {
+    explicit Matcher(const QList<PlayerScores> &players) : data(matcherData(players)) { w->show(); }
+    TestEnvironment env;
+    MatcherData data;
+    std::unique_ptr<PingMatcherDialog> w = std::make_unique<PingMatcherDialog>(data, nullptr);
+};
+
+// The first columns of pixels of a header section, where its text starts.
+QImage sectionStart(QHeaderView *header, int section, int width)
+{
+    return header->grab(QRect(header->sectionViewportPosition(section), 0, width, header->height())).toImage();
+}
+}
+
+class TestPingMatcher : public QObject {
+    Q_OBJECT
+private slots:
+    void onePlayerLayout()
+    {
+        Matcher m({{u"Alice"_s, {{12, 85}, {0, 0}}}});
+        PingMatcherDialog &w = *m.w;
+        MatchGrid *g = grid(w);
+        QCOMPARE(g->gridCols(), 4);
+        QCOMPARE(g->gridRows(), 3);
+        QCOMPARE((QStringList{g->cellText(0, 0), g->cellText(0, 1), g->cellText(0, 2)}),
+                 (QStringList{u"Server Name"_s, PingList::fixedName(u"Alice"_s), u"Match Factor"_s}));
+        QCOMPARE(g->textAt(1 * 4 + 0), ServerRow::pad(u"Server 1"_s, 50) + u" version:3.20 "_s);
+        QCOMPARE(rows(w)[0].mid(1), (QStringList{u"12.85"_s, u".000"_s, u"1"_s}));
+        QCOMPARE(rows(w)[1].mid(1), (QStringList{u"."_s, u".000"_s, u"2"_s}));
+        QVERIFY(g->isColumnHidden(3));
+        QCOMPARE(g->colWidthTwips(1), 795);
+        QCOMPARE(w.widthTwips(), 5160);
+        QCOMPARE(g->widthTwips(), 795 + 2895);
+        QVERIFY(child<QRadioButton>(w, "hopsFirstOption_")->isChecked());
+        QVERIFY(button(w, "saveButton_")->isHidden());
+
+        // The busy pictures alternate only while their ticker runs.
+        Ticker *busy = child<Ticker>(w, "busyTicker_");
+        QCOMPARE(busy->interval(), 0);
+        busy->setInterval(1000);
+        emit busy->timeout();
+        QVERIFY(label(w, "beatTallPicture_")->isVisible() && label(w, "beatLowPicture_")->isHidden());
+        emit busy->timeout();
+        QVERIFY(label(w, "beatTallPicture_")->isHidden() && label(w, "beatLowPicture_")->isVisible());
+        busy->setInterval(0);
+        emit busy->timeout();
+        QVERIFY(label(w, "beatLowPicture_")->isVisible());
+
+        // Resizing keeps the grid 1470 twips narrower; at 1470 or less it stays as it was.
+        w.setWidthTwips(9000);
+        QCOMPARE(g->widthTwips(), 9000 - 1470);
+        w.setWidthTwips(1470);
+        QCOMPARE(g->widthTwips(), 9000 - 1470);
+
+        QTest::mouseClick(button(w, "cancelButton_"), Qt::LeftButton);  // idle: closes at once
+        QVERIFY(!w.isVisible());
+    }
+
+    // A header too long for its column is cut on the right, so it reads from its start.
+    void headersCutOnTheRight()
+    {
+        Matcher m({{u"Alice"_s, {{12, 85}}}});
+        MatchGrid *g = grid(*m.w);
+        QHeaderView *header = g->horizontalHeader();
+        QFont font(u"DejaVu Sans"_s);
+        font.setPixelSize(12);
+        header->setFont(font);
+        g->setColWidthTwips(2, 600);  // 40 pixels for "Match Factor"
+        QVERIFY(header->fontMetrics().horizontalAdvance(u"Match Factor"_s) > header->sectionSize(2));
+        // Up to the end of the first letter: the same for every text that begins with it.
+        const int start = header->style()->pixelMetric(QStyle::PM_HeaderMargin) + header->fontMetrics().horizontalAdvance(u'M') - 1;
+        const QImage cut = sectionStart(header, 2, start);
+        g->setCellText(0, 2, u"Mountain Fortress"_s);
+        QCOMPARE(sectionStart(header, 2, start), cut);
+        g->setCellText(0, 2, u"Xylophone Works"_s);
+        QVERIFY(sectionStart(header, 2, start) != cut);
+
+        // Widened until it fits, the header is centred again.
+        g->setColWidthTwips(2, 3000);
+        QCOMPARE(g->horizontalHeaderItem(2)->textAlignment(), int(Qt::AlignCenter));
+    }
+
+    void modesAndSort()
+    {
+        // Server 1: a poor match by hops (.877 as worked out by hand), server 2 a perfect
+        // one, server 3 close. By pings: 12.222, 0 and 33.333.
+        Matcher m({{u"Alice"_s, {{12, 85}, {9, 40}, {5, 20}}},
+                   {u"Bob"_s, {{12, 90}, {9, 40}, {5, 120}}},
+                   {u"Carol"_s, {{14, 60}, {9, 40}, {5, 20}}}});
+        PingMatcherDialog &w = *m.w;
+        QCOMPARE(w.widthTwips(), 3 * 795 + 4365);
+        const QList<QStringList> loaded = rows(w);
+        QCOMPARE(column(w, 4), (QStringList{u".877"_s, u".000"_s, u".044"_s}));
+        QCOMPARE(loaded[2].mid(1, 3), (QStringList{u"5.2"_s, u"5.12"_s, u"5.2"_s}));
+
+        QTest::mouseClick(button(w, "sortButton_"), Qt::LeftButton);
+        QCOMPARE(column(w, 5), (QStringList{u"2"_s, u"3"_s, u"1"_s}));
+
+        QTest::mouseClick(child<QRadioButton>(w, "pingsOnlyOption_"), Qt::LeftButton);
+        QCOMPARE(column(w, 5), (QStringList{u"2"_s, u"1"_s, u"3"_s}));  // by the ping factors
+        QCOMPARE(column(w, 4), (QStringList{u".000"_s, u"12.222"_s, u"44.444"_s}));
+        QCOMPARE(rows(w)[1].mid(1, 3), (QStringList{u"85"_s, u"90"_s, u"60"_s}));
+
+        QTest::mouseClick(child<QRadioButton>(w, "hopsFirstOption_"), Qt::LeftButton);
+        QCOMPARE(rows(w), (QList<QStringList>{loaded[1], loaded[2], loaded[0]}));  // the same rows, best first
+    }
+
+    void pingRunStoresWhatWasAnswered()
+    {
+        Matcher m({{u"Alice"_s, {{3, 40}, {7, 15}, {2, 9}}}});
+        PingMatcherDialog &w = *m.w;
+        ScriptedEcho &echo = m.env.echo;
+        // Server 1 is silent; server 2 answers twice (10.5 ms on average) and then not,
+        // and sits behind two routers; server 3 answers in 0 ms.
+        echo.script[dotted(1)] = {{0, 11010, 0}};
+        echo.script[dotted(2)] = {{1, 0, 10}, {1, 0, 11}, {0, 11010, 0},
+                                  {1, 11013, 4, u"127.9.0.1"_s}, {1, 11013, 6, u"127.9.0.2"_s}, {1, 0, 12}};
+        echo.script[dotted(3)] = {{1, 0, 0}};
+        m.env.prompts.inputs = {u"Somebody with a long name"_s};
+
+        QStringList statuses;
+        bool busyEverywhere = true;
+        echo.onSend = [&] {
+            const QString status = label(w, "statusLabel_")->text();
+            if (statuses.isEmpty() || statuses.last() != status)
+                statuses << status;
+            busyEverywhere = busyEverywhere && w.isPinging() && !button(w, "pingButton_")->isEnabled()
+                && !button(w, "sortButton_")->isEnabled() && !child<QGroupBox>(w, "calcsFrame_")->isEnabled()
+                && label(w, "hostPicture_")->isVisible() && label(w, "serverPicture_")->isVisible()
+                && child<Ticker>(w, "busyTicker_")->interval() == 1000 && w.cursor().shape() == Qt::WaitCursor;
+        };
+        QTest::mouseClick(button(w, "pingButton_"), Qt::LeftButton);
+
+        using Sent = QPair<QString, int>;
+        QCOMPARE(echo.sent, (QList<Sent>{{dotted(1), 250},
+                                         {dotted(2), 250}, {dotted(2), 250}, {dotted(2), 250},
+                                         {dotted(2), 1}, {dotted(2), 2}, {dotted(2), 3},
+                                         {dotted(3), 250}, {dotted(3), 250}, {dotted(3), 250}}));
+        QVERIFY(busyEverywhere);
+        QCOMPARE(statuses, (QStringList{u"Pinging"_s, u"Counting Hops"_s, u"Pinging"_s}));
+
+        QCOMPARE(m.data.PlayerCount, 2);
+        const ServerRec *silent = m.data.record(2, 1), *behind = m.data.record(2, 2), *instant = m.data.record(2, 3);
+        QCOMPARE(std::pair(silent->Hops, silent->PingMs), std::pair(0, 0));
+        QCOMPARE(std::pair(behind->Hops, behind->PingMs), std::pair(3, 10));  // 10.5 to the even 10
+        QCOMPARE(std::pair(instant->Hops, instant->PingMs), std::pair(0, 0));
+        QCOMPARE(behind->HostName, QString(50, QChar(0)));  // only hops and time are measured
+
+        QCOMPARE(m.env.prompts.shown.size(), 1);
+        const auto &asked = m.env.prompts.shown[0];
+        QCOMPARE((QStringList{asked.kind, asked.text, asked.title, asked.defaultText}),
+                 (QStringList{u"input"_s, u"Give me your name:"_s, u"Name"_s, QString()}));
+        QCOMPARE(m.data.PlayerNames[2], u"Somebody with a"_s);
+
+        MatchGrid *g = grid(w);
+        QCOMPARE(g->gridCols(), 5);
+        QCOMPARE(w.widthTwips(), 2 * 795 + 4365);
+        QCOMPARE(g->cellText(0, 2), u"Somebody with a"_s);
+        QCOMPARE(column(w, 2), (QStringList{u"."_s, u"3.1"_s, u"."_s}));
+        // 3.040 against 0, 7.015 against 3.010, 2.009 against 0: half the distance each.
+        QCOMPARE(column(w, 3), (QStringList{u"1.520"_s, u"2.003"_s, u"1.005"_s}));
+        QCOMPARE(column(w, 4), (QStringList{u"1"_s, u"2"_s, u"3"_s}));
+        QVERIFY(g->isColumnHidden(4));
+
+        // Idle again: everything back on, the pictures gone, Save offered.
+        for (const char *name : {"pingButton_", "sortButton_", "saveButton_"})
+            QVERIFY(button(w, name)->isVisible() && button(w, name)->isEnabled());
+        QVERIFY(child<QGroupBox>(w, "calcsFrame_")->isEnabled());
+        for (const char *name : {"hostPicture_", "serverPicture_", "beatTallPicture_", "beatLowPicture_"})
+            QVERIFY(label(w, name)->isHidden());
+        QCOMPARE(child<Ticker>(w, "busyTicker_")->interval(), 0);
+        QCOMPARE(label(w, "statusLabel_")->text(), QString());
+        QVERIFY(!w.isPinging() && w.cursor().shape() != Qt::WaitCursor);
+
+        // A run made while Pings only shows still fills in Hops first; a cancelled name
+        // box gives "Unknown".
+        QTest::mouseClick(child<QRadioButton>(w, "pingsOnlyOption_"), Qt::LeftButton);
+        echo.script.clear();  // every server answers in 10 ms from here on
+        QTest::mouseClick(button(w, "pingButton_"), Qt::LeftButton);
+        QCOMPARE(m.data.PlayerCount, 3);
+        QCOMPARE(m.data.PlayerNames[3], PingList::fixedName(u"Unknown"_s));
+        QCOMPARE(column(w, 1), (QStringList{u"3.4"_s, u"7.15"_s, u"2.9"_s}));  // back in list order
+        QCOMPARE(column(w, 3), (QStringList{u"1.1"_s, u"1.1"_s, u"1.1"_s}));
+    }
+
+    void cancelDuringTheThirdOfFive()
+    {
+        Matcher m({{u"Alice"_s, {{1, 10}, {2, 20}, {3, 30}, {4, 40}, {5, 50}}}});
+        PingMatcherDialog &w = *m.w;
+        QPushButton *cancel = button(w, "cancelButton_");
+        bool cancelled = false;
+        m.env.echo.onSend = [&] {
+            if (m.env.echo.sent.last().first == dotted(3) && !cancelled) {
+                cancelled = true;
+                QTest::mouseClick(cancel, Qt::LeftButton);
+            }
+        };
+        QTest::mouseClick(button(w, "pingButton_"), Qt::LeftButton);
+
+        QVERIFY(w.isVisible());  // Cancel during a run keeps the window
+        QCOMPARE(m.data.PlayerCount, 2);
+        for (int s = 1; s <= 3; ++s)  // the server in progress is finished
+            QCOMPARE(m.data.record(2, s)->Hops, 1);
+        for (int s = 4; s <= 5; ++s) {
+            QCOMPARE(std::pair(m.data.record(2, s)->Hops, m.data.record(2, s)->PingMs), std::pair(0, 0));
+            QCOMPARE(grid(w)->cellText(s, 2), u"."_s);
+        }
+        QCOMPARE(m.env.echo.sent.last().first, dotted(3));
+        QVERIFY(m.env.prompts.shown.isEmpty());  // no name asked
+        QCOMPARE(m.data.PlayerNames[2], QString(15, QChar(0)));
+        QVERIFY(button(w, "saveButton_")->isHidden());
+        QVERIFY(!w.isPinging());
+
+        // The window's close box during a run asks the run to stop and keeps the window.
+        m.env.echo.onSend = [&] {
+            if (m.env.echo.sent.last().first == dotted(2))
+                w.close();
+        };
+        QTest::mouseClick(button(w, "pingButton_"), Qt::LeftButton);
+        QVERIFY(w.isVisible());
+        QCOMPARE(m.data.PlayerCount, 3);
+        QCOMPARE(m.env.echo.sent.last().first, dotted(2));
+        QCOMPARE(m.data.record(3, 2)->PingMs, 10);
+
+        QTest::mouseClick(cancel, Qt::LeftButton);  // idle again: Cancel closes
+        QVERIFY(!w.isVisible());
+    }
+
+    // File, Load opens the matcher modally on what it read and returns once it is closed.
+    void openedModallyBySaveThenLoad()
+    {
+        Matcher m({{u"Alice"_s, {{12, 85}, {7, 15}}}, {u"Bob"_s, {{12, 90}, {8, 33}}}});
+        m.env.echo.script[dotted(2)] = {{1, 0, 48}, {1, 0, 48}, {1, 0, 48}, {1, 11013, 4, u"127.9.0.1"_s}, {1, 0, 48}};
+        m.env.prompts.inputs = {u"Carol"_s};
+        QTest::mouseClick(button(*m.w, "pingButton_"), Qt::LeftButton);
+        m.env.prompts.fileNames = {u"friends.Pbx"_s};
+        QTest::mouseClick(button(*m.w, "saveButton_"), Qt::LeftButton);
+        QCOMPARE(*m.data.record(3, 2), [] { ServerRec r; r.Hops = 2; r.PingMs = 48; return r; }());
+        QCOMPARE(readFile(u"friends.Pbx"_s).size(), 20 + 3 * (15 + 73 * 2));
+
+        m.w.reset();
+        auto main = newMainWindow();
+        m.env.prompts.fileNames = {u"friends.Pbx"_s};
+        bool sawModal = false;
+        QTimer::singleShot(0, [&] {
+            auto *w = qobject_cast<PingMatcherDialog *>(QApplication::activeModalWidget());
+            sawModal = w && w->isVisible() && w->widthTwips() == 3 * 795 + 4365
+                && grid(*w)->cellText(0, 3) == u"Carol"_s.leftJustified(15) && !button(*w, "saveButton_")->isVisible();
+            if (w)
+                QTest::mouseClick(button(*w, "cancelButton_"), Qt::LeftButton);
+        });
+        MainWindowDriver::trigger(*main, "loadAction_");
+        QVERIFY(sawModal);
+        QVERIFY(!QApplication::activeModalWidget());
+        QCOMPARE(main->matcherData(), m.data);
+    }
+};
+
+QTEST_MAIN(TestPingMatcher)
+#include "tst_pingmatcher.moc"
