@@ -4,7 +4,7 @@
 #include "pinglists/pinglist.h"
 #include "pinglists/pinglistfiles.h"
 #include "probes/address.h"
-#include "serverlist/probedecisions.h"
+#include "serverlist/refreshdecisions.h"
 #include "shell/mainwindow.h"
 #include "shell/seams.h"
 #include "shell/serverrow.h"

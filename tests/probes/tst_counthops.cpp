@@ -3,7 +3,7 @@
 #include "probes/address.h"
 #include "probes/hoptrace.h"
 #include "probes/timeouts.h"
-#include "serverlist/probedecisions.h"
+#include "serverlist/refreshdecisions.h"
 #include "shell/activity.h"
 #include "shell/itemlist.h"
 #include "shell/mainwindow.h"

@@ -6,7 +6,7 @@
 #include "probes/statuspopup.h"
 #include "probes/gamequerychannel.h"
 #include "probes/timeouts.h"
-#include "serverlist/probedecisions.h"
+#include "serverlist/refreshdecisions.h"
 #include "shell/itemlist.h"
 #include "shell/mainwindow.h"
 #include "shell/wiretext.h"

@@ -1,7 +1,7 @@
 #pragma once
 // Helpers for the tests that drive the dialogs and the main window's commands.
 #include "probes/address.h"
-#include "serverlist/probedecisions.h"
+#include "serverlist/refreshdecisions.h"
 #include "shell/itemlist.h"
 #include "shell/mainwindow.h"
 #include "shell/seams.h"

@@ -1,7 +1,7 @@
 #include "support/testsupport.h"
 
 #include "probes/address.h"
-#include "serverlist/probedecisions.h"
+#include "serverlist/refreshdecisions.h"
 #include "shell/itemlist.h"
 #include "shell/mainwindow.h"
 #include "shell/seams.h"

@@ -3,7 +3,7 @@
 #include "probes/dssocket.h"
 #include "probes/gamequery.h"
 #include "probes/timeouts.h"
-#include "serverlist/probedecisions.h"
+#include "serverlist/refreshdecisions.h"
 #include "shell/prompter.h"
 #include "shell/ticker.h"
 #include "shell/waiting.h"

@@ -2,7 +2,7 @@
 
 #include "probes/echoservice.h"
 #include "probes/timeouts.h"
-#include "serverlist/probedecisions.h"
+#include "serverlist/refreshdecisions.h"
 #include "shell/ticker.h"
 #include "shell/waiting.h"
 #include "shell/wiretext.h"

@@ -1,5 +1,5 @@
 #pragma once
-#include "serverlist/probedecisions.h"
+#include "serverlist/refreshdecisions.h"
 
 #include <QObject>
 #include <QString>

@@ -5,7 +5,7 @@
 #include "probes/dssocket.h"
 #include "probes/gamequery.h"
 #include "probes/statuspopup.h"
-#include "serverlist/probedecisions.h"
+#include "serverlist/refreshdecisions.h"
 #include "shell/activity.h"
 #include "shell/controls.h"
 #include "shell/iconize.h"

@@ -6,7 +6,7 @@
 #include "probes/echoservice.h"
 #include "probes/hoptrace.h"
 #include "probes/timeouts.h"
-#include "serverlist/probedecisions.h"
+#include "serverlist/refreshdecisions.h"
 #include "shell/controls.h"
 #include "shell/prompts.h"
 #include "shell/seams.h"

@@ -9,9 +9,9 @@
 // What every echo of the program carries, the one-at-a-time probes' and the engine's.
 inline const QString EchoRequestText = QStringLiteral("Server please echo this back.");
 
-// What one server's probe decides, for the one-at-a-time refresh and the probe
-// engine alike: both feed these the same outcomes and so give the same lines,
-// records and rows.
+// What a refresh decides about each server, for the one-at-a-time refresh and
+// the probe engine alike: both feed these the same outcomes and so give the same
+// lines, records and rows.
 namespace Probe {
 
 // Numeric value of a text as the program reads a typed number: the longest
