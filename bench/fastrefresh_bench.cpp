@@ -6,9 +6,9 @@
 // the CPU time reported is the browser's own. Everything stays on 127.0.0.0/8.
 #include "demonet/demonetwork.h"
 #include "probes/icmpecho.h"
-#include "shell/frmpulsebox.h"
-#include "shell/pulseboxmod.h"
-#include "shell/vblist.h"
+#include "shell/itemlist.h"
+#include "shell/mainwindow.h"
+#include "shell/seams.h"
 
 #include <QAction>
 #include <QApplication>
@@ -77,16 +77,18 @@ struct Run {
     QStringList rows;
 };
 
-Run refresh(frmPulsebox &window, const QString &url, bool fast)
+Run refresh(MainWindow &window, const QString &url, bool fast)
 {
-    window.Text1->setEditText(url);
-    if (window.mnuFastRefresh->isChecked() != fast)
-        window.mnuFastRefresh->trigger();
+    window.findChild<QComboBox *>(QStringLiteral("listLocationBox_"))->setEditText(url);
+    auto *fastRefresh = window.findChild<QAction *>(QStringLiteral("fastRefreshAction_"));
+    if (fastRefresh->isChecked() != fast)
+        fastRefresh->trigger();
     const double cpuBefore = cpuSeconds(RUSAGE_SELF);
     QElapsedTimer wall;
     wall.start();
-    window.Command2->click();
-    return {static_cast<double>(wall.nsecsElapsed()) / 1e9, cpuSeconds(RUSAGE_SELF) - cpuBefore, window.List1->Texts()};
+    window.findChild<QPushButton *>(QStringLiteral("refreshButton_"))->click();
+    return {static_cast<double>(wall.nsecsElapsed()) / 1e9, cpuSeconds(RUSAGE_SELF) - cpuBefore,
+            window.findChild<ItemList *>(QStringLiteral("serverList_"))->texts()};
 }
 
 QString rowAddress(const QString &row) { return row.mid(6).section(u':', 0, 0).trimmed(); }
@@ -132,7 +134,7 @@ int main(int argc, char *argv[])
     if (!realIcmp)
         Seams::setEcho(&instant);  // the serial refresh would stop at the echo service's warning
 
-    frmPulsebox window;
+    MainWindow window;
     window.show();
     const Run fast = refresh(window, urls[0], true);
     int answering = 0, zeroPing = 0;

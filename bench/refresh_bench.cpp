@@ -4,12 +4,13 @@
 //   refresh_bench --servers N     N servers, alternately answering and silent
 #include "demonet/demonetwork.h"
 #include "probes/icmpecho.h"
-#include "shell/frmpulsebox.h"
-#include "shell/pulseboxmod.h"
-#include "shell/vblist.h"
+#include "shell/itemlist.h"
+#include "shell/mainwindow.h"
+#include "shell/seams.h"
 
 #include <QApplication>
 #include <QComboBox>
+#include <QLabel>
 #include <QElapsedTimer>
 #include <QPushButton>
 
@@ -71,18 +72,18 @@ int main(int argc, char *argv[])
     const bool realIcmp = icmp.unavailableReason().isEmpty();
     Seams::setEcho(realIcmp ? static_cast<EchoService *>(&icmp) : &instant);
 
-    frmPulsebox window;
-    window.Text1->setEditText(network.listUrl());
+    MainWindow window;
+    window.findChild<QComboBox *>(QStringLiteral("listLocationBox_"))->setEditText(network.listUrl());
     window.show();
     const double cpuBefore = cpuSeconds();
     QElapsedTimer wall;
     wall.start();
-    window.Command2->click();
+    window.findChild<QPushButton *>(QStringLiteral("refreshButton_"))->click();
     const double seconds = static_cast<double>(wall.elapsed()) / 1000.0;
     const double cpu = cpuSeconds() - cpuBefore;
-    const int probed = window.lbHost->ListCount();
+    const int probed = window.findChild<QLabel *>(QStringLiteral("listCountLabel_"))->text().toInt();
 
-    std::printf("servers listed      %d (%d rows)\n", probed, window.List1->ListCount());
+    std::printf("servers listed      %d (%d rows)\n", probed, window.findChild<ItemList *>(QStringLiteral("serverList_"))->count());
     std::printf("echo service        %s\n", realIcmp ? qPrintable(QStringLiteral("ICMP, ") + icmp.socketKind() + QStringLiteral(" socket")) : "instant stand-in (no ICMP here)");
     std::printf("wall time           %.2f s\n", seconds);
     std::printf("CPU time            %.3f s (%.2f%% of one core)\n", cpu, 100.0 * cpu / seconds);

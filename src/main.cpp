@@ -1,5 +1,5 @@
-#include "shell/frmpulsebox.h"
 #include "shell/iconize.h"
+#include "shell/mainwindow.h"
 #include "shell/termination.h"
 
 #include <QApplication>
@@ -11,8 +11,8 @@ int main(int argc, char *argv[])
     QApplication::setWindowIcon(PulseboxIcon());
     QGuiApplication::setDesktopFileName(QStringLiteral("pulsebox"));
     CloseWindowsOnTerminate();
-    frmPulsebox window;
-    window.Form_Load();
+    MainWindow window;
+    window.start();
     window.show();
     return QApplication::exec();
 }

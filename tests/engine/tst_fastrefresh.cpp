@@ -1,26 +1,15 @@
 // Fast Refresh against the serial refresh: the same servers give the same table,
 // rows and log; a modern server silent below protocol 34 is heard; Cancel ends a
 // fast refresh at once.
-#include "support/testsupport.h"
+#include "support/refreshharness.h"
 
-#include "demonet/demonetwork.h"
 #include "probes/address.h"
-#include "shell/frmpulsebox.h"
-#include "shell/pulseboxmod.h"
-#include "shell/ticker.h"
-#include "shell/vblist.h"
 
-#include <QAction>
-#include <QComboBox>
-#include <QLabel>
-#include <QLineEdit>
-#include <QMenu>
-#include <QPushButton>
 #include <QUdpSocket>
 #include <QtTest>
 
 namespace {
-ScriptedEcho::Outcome ms(quint32 rtt) { return {1, 0, rtt}; }
+ScriptedEcho::Outcome ms(quint32 rtt) { return echoMs(rtt); }
 
 // A UDP port on 127.0.0.1 that nothing uses now.
 quint16 freeUdpPort()
@@ -29,36 +18,6 @@ quint16 freeUdpPort()
     probe.bind(QHostAddress::LocalHost, 0);
     return probe.localPort();
 }
-
-// What one refresh left behind.
-struct Outcome {
-    QStringList rows, log;
-    std::vector<ServerRec> servers;
-    QString address, count, status;
-    int logSelection = -1;
-    bool operator==(const Outcome &) const = default;
-};
-
-struct Window {
-    explicit Window(double timeScale, const Demo::Config &config) : env(timeScale)
-    {
-        QString error;
-        started = network.start(config, &error, true);
-        window->Text1->setEditText(network.listUrl());
-    }
-    Outcome refresh(QPushButton *button, bool fast)
-    {
-        if (window->mnuFastRefresh->isChecked() != fast)
-            window->mnuFastRefresh->trigger();
-        QTest::mouseClick(button, Qt::LeftButton);
-        return {window->List1->Texts(), window->lbReturn->Texts(), Mod().Servers, window->txIPAddress->text(),
-                window->Label14->text(), window->Statusbar->text(), window->lbReturn->ListIndex()};
-    }
-    TestEnvironment env;
-    Demo::Network network;
-    bool started = false;
-    std::unique_ptr<frmPulsebox> window = newMainWindow();
-};
 
 // The demo's own population moved to 127.0.41.x (and a free port for the server
 // found by host name), so that a demo running beside the tests does not collide.
@@ -89,29 +48,29 @@ private slots:
         // server (1.3 s) with room to spare on a loaded machine; the engine listens 2 s
         // from each query's first send, so it hears whatever the serial query hears.
         const quint16 namedPort = freeUdpPort();
-        Window w(1.0, demoPopulation(namedPort));
+        RefreshHarness w(demoPopulation(namedPort), 1.0);
         QVERIFY(w.started);
-        w.window->appendFavorite(QStringLiteral("127.0.41.12"), QStringLiteral("hideout"));
-        w.window->appendFavorite(QStringLiteral("127.0.41.2:27910"), QStringLiteral("also on the list"));
-        w.window->appendFavorite(QStringLiteral("LocalHost:%1").arg(namedPort), QStringLiteral("by name"));
-        w.window->appendFavorite(QStringLiteral("nosuchhost.invalid"), QStringLiteral("never resolves"));
-        w.window->appendFavorite(QStringLiteral("127.0.41.9"), QStringLiteral("over the limit, logged last"));
+        w.request.favorites << QStringLiteral("127.0.41.12");
+        w.request.favorites << QStringLiteral("127.0.41.2:27910");
+        w.request.favorites << QStringLiteral("LocalHost:%1").arg(namedPort);
+        w.request.favorites << QStringLiteral("nosuchhost.invalid");
+        w.request.favorites << QStringLiteral("127.0.41.9");
         w.env.echo.script = {{QStringLiteral("127.0.41.3"), {ms(45)}}, {QStringLiteral("127.0.41.9"), {ms(231)}},
                              {QStringLiteral("127.0.41.5"), {{0, 11010, 0}}}};
 
-        const Outcome serial = w.refresh(w.window->Command2, false);
+        const RefreshOutcome serial = w.run(false, false);
         QCOMPARE(serial.status, QStringLiteral("Done..."));
         QVERIFY(serial.rows.size() >= 9);
         QVERIFY(serial.log.contains(QStringLiteral("Reply from 127.0.41.9: time =231ms. TTL=90")));
         QVERIFY(!w.env.echo.sent.isEmpty());
         QElapsedTimer clock;
         clock.start();
-        const Outcome fast = w.refresh(w.window->Command2, true);
+        const RefreshOutcome fast = w.run(false, true);
         const qint64 fastMs = clock.elapsed();
         // The one server told apart on purpose: the modern one, silent below protocol 34,
         // is heard by the engine's version probe only. Everything else is equal.
-        Outcome fastRest = fast, serialRest = serial;
-        for (Outcome *o : {&fastRest, &serialRest}) {
+        RefreshOutcome fastRest = fast, serialRest = serial;
+        for (RefreshOutcome *o : {&fastRest, &serialRest}) {
             const auto row = std::find_if(o->rows.begin(), o->rows.end(),
                                           [](const QString &r) { return r.contains(QStringLiteral("127.0.41.11:")); });
             QVERIFY(row != o->rows.end());
@@ -139,14 +98,14 @@ private slots:
         QVERIFY2(fastMs < 8000, qPrintable(QString::number(fastMs)));
 
         // Fav Refresh with Regular Ping, both ways.
-        w.window->mnuqp[1]->trigger();
+        w.request.quickPing = false;
         const decltype(w.env.echo.script) favEchoes{{QStringLiteral("127.0.41.12"), {ms(40), ms(41), ms(43)}},
                                                     {QStringLiteral("127.0.41.2"), {ms(40), {0, 11010, 0}, ms(40)}},
                                                     {QStringLiteral("127.0.41.9"), {ms(231), ms(240), ms(250)}}};
         w.env.echo.script = favEchoes;
-        const Outcome serialFavs = w.refresh(w.window->Command8, false);
+        const RefreshOutcome serialFavs = w.run(true, false);
         w.env.echo.script = favEchoes;
-        const Outcome fastFavs = w.refresh(w.window->Command8, true);
+        const RefreshOutcome fastFavs = w.run(true, true);
         QCOMPARE(fastFavs.rows, serialFavs.rows);
         QCOMPARE(fastFavs.log, serialFavs.log);
         QVERIFY(fastFavs.servers == serialFavs.servers);
@@ -154,11 +113,6 @@ private slots:
         QVERIFY(serialFavs.logSelection < serialFavs.log.size() - 1);
         QCOMPARE(fastFavs.count, QStringLiteral("0"));
 
-        // Every other command reads a fast-refreshed list as any other.
-        w.window->List1->setCurrentRow(0);
-        QVERIFY(w.window->Command6->isEnabled());
-        QVERIFY(w.window->cmAddFav->isEnabled() && w.window->Command7->isEnabled());
-        QVERIFY(w.window->mnuFastRefresh->isEnabled());
     }
 
     void modernServerSilentBelow34IsListedByName()
@@ -172,16 +126,16 @@ private slots:
         modern.map = QStringLiteral("q2dm1");
         c.servers = {modern};
         c.listLines = {QStringLiteral("127.0.42.1")};
-        Window w(0.05, c);
+        RefreshHarness w(c, 0.05);
         QVERIFY(w.started);
-        const QStringList rows = w.refresh(w.window->Command2, true).rows;
+        const QStringList rows = w.run(false, true).rows;
         QCOMPARE(rows.size(), 1);
         QVERIFY2(rows[0].contains(QStringLiteral("Modern Times")) && rows[0].contains(QStringLiteral("3.19")), qPrintable(rows[0]));
-        // A fast-refreshed row is a row like any other: Add to Favorites takes its record.
-        w.window->List1->SetListIndex(0);
-        QTest::mouseClick(w.window->cmAddFav, Qt::LeftButton);
-        QCOMPARE(w.window->lbFav->List(w.window->lbFav->ListCount() - 1), QStringLiteral("127.0.42.1:27910"));
-        const QString serialRow = w.refresh(w.window->Command2, false).rows.value(0);  // the serial probe hears nothing
+        // A fast-refreshed row points at its record, as any other.
+        QCOMPARE(w.rows[0].second, 1);
+        QCOMPARE(AddressToDotted(w.session.table().Servers[1].Address), QStringLiteral("127.0.42.1"));
+        QCOMPARE(w.session.table().Servers[1].Port, 27910);
+        const QString serialRow = w.run(false, false).rows.value(0);  // the serial probe hears nothing
         QVERIFY2(serialRow.contains(QStringLiteral(" - No ")), qPrintable(serialRow));
     }
 
@@ -198,31 +152,26 @@ private slots:
             c.servers << s;
             c.listLines << s.address.toString();
         }
-        Window w(1.0, c);  // real ticks: the silent servers would hold the refresh for 2 s
+        RefreshHarness w(c, 1.0);  // real ticks: the silent servers would hold the refresh for 2 s
         QVERIFY(w.started);
-        w.window->mnuFastRefresh->trigger();
         qint64 cancelledAt = -1;
         QElapsedTimer clock;
         QTimer::singleShot(300, [&] {
-            QVERIFY(w.window->Command1->isEnabled());
-            QVERIFY(!w.window->mnuFastRefresh->isEnabled());
-            QVERIFY(w.window->Shape2->isVisible());
-            QVERIFY(w.window->Shape2->width() > 0);  // the five answering servers are done
+            QVERIFY(w.session.isRunning());
+            QVERIFY(w.progress.last().first > 0);  // the five answering servers are done
             cancelledAt = clock.elapsed();
-            QTest::mouseClick(w.window->Command1, Qt::LeftButton);
+            w.session.cancel();
         });
         clock.start();
-        QTest::mouseClick(w.window->Command2, Qt::LeftButton);
+        const RefreshOutcome o = w.run(false, true);
         const qint64 endedAt = clock.elapsed();
         QVERIFY(cancelledAt >= 0);
         QVERIFY2(endedAt - cancelledAt < 1000, qPrintable(QString::number(endedAt - cancelledAt)));
         // The five answering servers come first and finished; the silent ones did not.
-        QCOMPARE(w.window->List1->ListCount(), 5);
-        QCOMPARE(w.window->lbReturn->ListCount(), 5);
-        QCOMPARE(w.window->Statusbar->text(), QStringLiteral("Done..."));
-        QVERIFY(!w.window->Command1->isEnabled() && w.window->Command2->isEnabled());
-        QVERIFY(w.window->Shape2->isHidden());
-        QCOMPARE(Mod().CancelRequested, qint16(0));
+        QCOMPARE(o.rows.size(), 5);
+        QCOMPARE(o.log.size(), 5);
+        QCOMPARE(o.status, QStringLiteral("Done..."));
+        QVERIFY(!w.session.isRunning() && !w.session.cancelRequested());
     }
 
     void numbersTypedWithDecimals()
@@ -235,17 +184,17 @@ private slots:
         s.hostName = QStringLiteral("Rounded Port");
         s.map = QStringLiteral("q2dm1");
         c.servers = {s};
-        Window w(0.05, c);
+        RefreshHarness w(c, 0.05);
         QVERIFY(w.started);
-        w.window->appendFavorite(QStringLiteral("127.0.44.1:27910.7"), QStringLiteral("port with a fraction"));
-        w.window->appendFavorite(QStringLiteral("127.0.44.2"), QStringLiteral("just above the limit"));
-        w.window->Text4->setText(QStringLiteral("230.5"));
-        w.window->mnuqp[1]->trigger();
+        w.request.favorites << QStringLiteral("127.0.44.1:27910.7");
+        w.request.favorites << QStringLiteral("127.0.44.2");
+        w.request.pingLimitText = (QStringLiteral("230.5"));
+        w.request.quickPing = false;
         for (const bool fast : {false, true}) {
             // Means 230.33 (within 230.5; above 230 as it used to read) and 230.67.
             w.env.echo.script = {{QStringLiteral("127.0.44.1"), {ms(230), ms(230), ms(231)}},
                                  {QStringLiteral("127.0.44.2"), {ms(230), ms(231), ms(231)}}};
-            const Outcome o = w.refresh(w.window->Command8, fast);
+            const RefreshOutcome o = w.run(true, fast);
             QCOMPARE(o.rows.size(), 1);
             QVERIFY2(o.rows[0].startsWith(QStringLiteral("230 -*127.0.44.1:27910.7     - Rounded Port")), qPrintable(o.rows[0]));
             QCOMPARE(o.servers[1].Port, 27911);

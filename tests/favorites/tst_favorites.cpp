@@ -23,18 +23,18 @@ struct Editing {
     {
         editor->show();
     }
-    VbList *list() const { return child<VbList>(*editor, "favoritesList_"); }
+    ItemList *list() const { return child<ItemList>(*editor, "favoritesList_"); }
     void click(const char *button) { QTest::mouseClick(child<QPushButton>(*editor, button), Qt::LeftButton); }
     void deleteRow(int row)
     {
-        list()->SetListIndex(row);
+        list()->selectRow(row);
         click("deleteButton_");
     }
     AddFavoriteDialog *dialog() const { return editor->findChild<AddFavoriteDialog *>(); }
     QLineEdit *box(const char *name) const { return child<QLineEdit>(*dialog(), name); }
     AddFavoriteDialog *modify(int row)
     {
-        list()->SetListIndex(row);
+        list()->selectRow(row);
         click("modifyButton_");
         return dialog();
     }
@@ -65,54 +65,55 @@ private slots:
     {
         TestEnvironment env;
         auto w = newMainWindow();
+        MainWindowDriver::offerListCommands(*w);
         addListedServer(*w, "127.0.18.1", 27910, u"Pulse Arena"_s);
         addListedServer(*w, "127.0.18.2", 0);
         addListedServer(*w, "127.0.18.3", 27910, u"Fav"_s, true);
 
-        w->cmAddFav_Click();
+        w->findChild<QPushButton *>(u"addFavoriteButton_"_s)->click();
         QCOMPARE(env.prompts.texts(), QStringList{u"Pick a server from the list first."_s});
         QCOMPARE(env.prompts.shown[0].title, u"Pulsebox"_s);
 
-        w->List1->SetListIndex(0);
-        w->cmAddFav_Click();
+        MainWindowDriver::serverList(*w)->selectRow(0);
+        w->findChild<QPushButton *>(u"addFavoriteButton_"_s)->click();
         const QByteArray first = "127.0.18.1:27910\r\nPulse Arena" + QByteArray(39, ' ') + "\r\n";
         QCOMPARE(readFile(FavFile::kName), first);
-        w->List1->SetListIndex(1);
-        w->cmAddFav_Click();
+        MainWindowDriver::serverList(*w)->selectRow(1);
+        w->findChild<QPushButton *>(u"addFavoriteButton_"_s)->click();
         const QByteArray second = "127.0.18.2\r\n" + QByteArray(50, '\0') + "\r\n";
-        w->cmAddFav_Click();  // no mark on the row: the same server again
+        w->findChild<QPushButton *>(u"addFavoriteButton_"_s)->click();  // no mark on the row: the same server again
         QCOMPARE(readFile(FavFile::kName), first + second + second);
 
-        w->List1->SetListIndex(2);
-        w->cmAddFav_Click();
+        MainWindowDriver::serverList(*w)->selectRow(2);
+        w->findChild<QPushButton *>(u"addFavoriteButton_"_s)->click();
         QCOMPARE(env.prompts.texts().last(), u"Already a Favorite"_s);
 
         // A write that fails (a full disk) leaves the file and the lists as they were.
-        w->List1->SetListIndex(0);
+        MainWindowDriver::serverList(*w)->selectRow(0);
         {
             FileSizeLimit full(10);
-            w->cmAddFav_Click();
+            w->findChild<QPushButton *>(u"addFavoriteButton_"_s)->click();
         }
         QVERIFY(env.prompts.texts().last().startsWith(u"Could not save the favorites to Pulsebox.fav"_s));
         QCOMPARE(readFile(FavFile::kName), first + second + second);
 
         // The editor opens on what was added and its Close hands the edit back.
-        w->mnuFavorites->trigger();
+        MainWindowDriver::trigger(*w, "favoritesAction_");
         auto *editor = w->findChild<FavoritesDialog *>();
         QVERIFY(editor && editor->isVisible() && editor->windowTitle() == u"Favorites"_s);
         QCOMPARE(editor->workingCopy(), favorites(first + second + second));
-        child<VbList>(*editor, "favoritesList_")->SetListIndex(1);
+        child<ItemList>(*editor, "favoritesList_")->selectRow(1);
         QTest::mouseClick(child<QPushButton>(*editor, "deleteButton_"), Qt::LeftButton);
         QTest::mouseClick(child<QPushButton>(*editor, "closeButton_"), Qt::LeftButton);
         QCOMPARE(readFile(FavFile::kName), first + second);
-        QCOMPARE(w->lbFav->Texts(), (QStringList{u"127.0.18.1:27910"_s, u"127.0.18.2"_s}));
-        QCOMPARE(w->lbFavDesc->Texts(), (QStringList{ServerRow::pad(u"Pulse Arena"_s, 50), QString(50, QChar(0))}));
+        QCOMPARE(w->favorites(), (QList<Favorite>{{u"127.0.18.1:27910"_s, ServerRow::pad(u"Pulse Arena"_s, 50)},
+                                                  {u"127.0.18.2"_s, QString(50, QChar(0))}}));
     }
 
     void deleteModifyAndClose()
     {
         Editing e;
-        QCOMPARE(e.list()->Texts(), (QStringList{u"127.0.1.1:27910"_s, u"127.0.2.2"_s, u"host.example:27911"_s}));
+        QCOMPARE(e.list()->texts(), (QStringList{u"127.0.1.1:27910"_s, u"127.0.2.2"_s, u"host.example:27911"_s}));
         e.deleteRow(1);  // the second of three
         AddFavoriteDialog *dialog = e.modify(0);
         QVERIFY(dialog && dialog->isVisible() && dialog->windowModality() == Qt::ApplicationModal);
@@ -148,7 +149,7 @@ private slots:
 
         e.modify(0)->close();  // the window's own close control: acts as Cancel
         QTRY_VERIFY(!e.dialog());
-        e.list()->SetListIndex(-1);
+        e.list()->selectRow(-1);
         e.click("deleteButton_");  // nothing selected: nothing happens
         QCOMPARE(e.editor->workingCopy(),
                  (QList<Favorite>{{u"127.0.2.2"_s, u"Second"_s}, {u"host.example:27911"_s, u"Third  "_s},
@@ -215,15 +216,15 @@ private slots:
         for (int i = 0; i < 40000; ++i)
             many += "127.0.0.1\r\nx\r\n";
         writeFile(FavFile::kName, many);
-        w->loadFavorites();
-        QCOMPARE(w->lbFav->ListCount(), 32767);
+        w->start();
+        QCOMPARE(w->favorites().size(), qsizetype(32767));
         QCOMPARE(env.prompts.texts().last(), u"The favorites file holds 40000 favorites; the first 32767 were loaded."_s);
 
         // A file too large to be a favorites file is neither loaded nor appended to.
         writeFile(FavFile::kName, QByteArray(17 * 1024 * 1024, 'x'));
-        w->lbFav->Clear();
-        w->loadFavorites();
-        QCOMPARE(w->lbFav->ListCount(), 0);
+        w->setFavorites({});
+        w->start();
+        QVERIFY(w->favorites().isEmpty());
         QVERIFY(env.prompts.texts().last().contains(u"too large to be a favorites file"_s));
     }
 };

@@ -53,18 +53,15 @@ private slots:
         // is used by the next launch at once.
         auto w = newMainWindow();
         addListedServer(*w, "127.0.0.2", 27910);
-        w->List1->SetListIndex(0);
-        w->mnuSettings->trigger();
+        MainWindowDriver::trigger(*w, "settingsAction_");
         settings = w->findChild<SettingsDialog *>();
         QCOMPARE(child<QLineEdit>(*settings, "pathEdit_")->text(), u"  "_s + game + u" "_s);
         QTest::mouseClick(child<QPushButton>(*settings, "cancelButton_"), Qt::LeftButton);
         QTRY_VERIFY(!w->findChild<SettingsDialog *>());
-        w->mnuSettings->trigger();
+        MainWindowDriver::trigger(*w, "settingsAction_");
         QTest::mouseClick(child<QPushButton>(*w->findChild<SettingsDialog *>(), "okButton_"), Qt::LeftButton);
         env.prompts.answers = {true};
-        const QPoint firstRow = w->List1->visualItemRect(w->List1->item(0)).center();
-        QTest::mouseClick(w->List1->viewport(), Qt::LeftButton, {}, firstRow);
-        QTest::mouseDClick(w->List1->viewport(), Qt::LeftButton, {}, firstRow);
+        MainWindowDriver::doubleClickRow(*w, 0);
         QCOMPARE(env.prompts.shown.last().text, u"Launch to Server?"_s);
         QCOMPARE(env.starter.started.size(), 1);
         QCOMPARE(env.starter.started[0].program, game);
@@ -78,17 +75,16 @@ private slots:
         writeFile(u"Pulsebox.cfg"_s, game.toLocal8Bit() + "\r\nignored\r\n");
         writeFile(FavFile::kName, "1.2.3.4\r\nOne\r\n");
         {
-            frmPulsebox w;
-            w.Form_Load();
-            QCOMPARE(Mod().GamePath, game);
-            QCOMPARE(w.lbFav->Texts(), QStringList{u"1.2.3.4"_s});
+            MainWindow w;
+            w.start();
+            QCOMPARE(w.gamePath(), game);
+            QCOMPARE(MainWindowDriver::favoriteAddresses(w), QStringList{u"1.2.3.4"_s});
         }
         // Leading blanks are part of the path that must exist, so this line does not qualify.
-        Mod() = PulseboxMod{};
         writeFile(u"Pulsebox.cfg"_s, " " + game.toLocal8Bit() + "\r\n");
-        frmPulsebox w;
-        w.readConfiguration();
-        QVERIFY(Mod().GamePath.isEmpty());
+        MainWindow w;
+        w.start();
+        QVERIFY(w.gamePath().isEmpty());
     }
 
     void launchStartsTheGameInItsFolder()
@@ -135,8 +131,9 @@ private slots:
         GameLauncher(u"C:\\QUAKE2\\QUAKE2.EXE"_s).launch(u"127.0.0.2:27910"_s, u"Launch to Server?"_s);
         QVERIFY(env.prompts.shown.last().text.startsWith(u"Could not start C:\\QUAKE2\\QUAKE2.EXE"_s));
 
-        auto w = newMainWindow();  // a double-click with no row selected
-        w->List1_DblClick();
+        auto w = newMainWindow();  // a double-click on a row without a record
+        MainWindowDriver::serverList(*w)->addRow(u"000 - a row without a record"_s);
+        MainWindowDriver::doubleClickRow(*w, 0);
         QCOMPARE(env.prompts.shown.last().text, u"Pick a server from the list first."_s);
     }
 };

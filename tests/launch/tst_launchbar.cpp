@@ -1,7 +1,7 @@
 // The launcher bar's and the tray's decisions, without windows.
 #include "launch/launchbar.h"
 #include "probes/address.h"
-#include "serverlist/probedecisions.h"
+#include "serverlist/refreshdecisions.h"
 #include "serverlist/serverentry.h"
 #include "shell/taskbar.h"
 

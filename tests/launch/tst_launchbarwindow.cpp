@@ -104,13 +104,8 @@ private slots:
         TrayMaker maker(true);
         auto w = newMainWindow();
         // The bar's descriptions are found through the item data, not by position.
-        w->lbFav->AddItem(u"127.0.0.2"_s);
-        w->lbFav->AddItem(u"127.0.0.3"_s);
-        w->lbFavDesc->AddItem(u"Second"_s);
-        w->lbFavDesc->AddItem(u"First"_s);
-        w->lbFav->SetItemData(0, 1);
-        w->lbFav->SetItemData(1, 0);
-        w->mnuIconize->trigger();
+        w->setFavorites({{u"127.0.0.2"_s, u"First"_s}, {u"127.0.0.3"_s, u"Second"_s}});
+        MainWindowDriver::trigger(*w, "iconizeAction_");
         QVERIFY(!w->isVisible());
         QVERIFY(maker.tray && maker.tray->shown);
         QCOMPARE(maker.tray->tip, u"Pulsebox 1.1"_s);
@@ -173,7 +168,7 @@ private slots:
         TestEnvironment env;
         TrayMaker maker(false);
         auto w = newMainWindow();
-        w->mnuIconize->trigger();
+        MainWindowDriver::trigger(*w, "iconizeAction_");
         QWidget *standIn = nullptr;
         for (QWidget *top : QApplication::topLevelWidgets())
             if (top->objectName() == u"trayStandIn"_s && top->isVisible())

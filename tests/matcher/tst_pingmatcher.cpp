@@ -299,10 +299,10 @@ private slots:
             if (w)
                 QTest::mouseClick(button(*w, "cancelButton_"), Qt::LeftButton);
         });
-        main->mnufileload->trigger();
+        MainWindowDriver::trigger(*main, "loadAction_");
         QVERIFY(sawModal);
         QVERIFY(!QApplication::activeModalWidget());
-        QCOMPARE(static_cast<const MatcherData &>(Mod()), m.data);
+        QCOMPARE(main->matcherData(), m.data);
     }
 };
 

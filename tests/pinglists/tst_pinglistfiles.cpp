@@ -4,8 +4,9 @@
 #include "pinglists/pinglist.h"
 #include "pinglists/pinglistfiles.h"
 #include "probes/address.h"
-#include "shell/frmpulsebox.h"
-#include "shell/pulseboxmod.h"
+#include "serverlist/refreshdecisions.h"
+#include "shell/mainwindow.h"
+#include "shell/seams.h"
 #include "shell/serverrow.h"
 
 #include <QAction>
@@ -19,7 +20,7 @@ QString warning(const QString &text) { return text + u"|Pulsebox|"_s + QString::
 
 struct Files {
     TestEnvironment env;
-    std::unique_ptr<frmPulsebox> window = newMainWindow();
+    std::unique_ptr<MainWindow> window = newMainWindow();
     int matchersOpened = 0;
 
     void add(const char *dotted, qint32 port, qint32 ping, qint32 hops, const QString &name, bool favorite)
@@ -32,7 +33,7 @@ struct Files {
         r.HostName = ServerRow::pad(name, 50);
         r.Version = ServerRow::pad(u"3.20"_s, 5);
         r.IsFavorite = favorite ? 1 : 0;
-        Mod().appendServer(r);
+        window->servers().appendServer(r);
     }
     void save(const QString &file, QList<bool> answers = {}, QStringList names = {})
     {
@@ -40,7 +41,7 @@ struct Files {
         env.prompts.fileNames = {file};
         env.prompts.answers = answers;
         env.prompts.inputs = names;
-        window->mnufilesave->trigger();
+        window->findChild<QAction *>(QStringLiteral("saveAction_"))->trigger();
     }
     // Whether the matcher opened: a good file opens it, and Load returns once it is closed again.
     bool load(const QString &file)
@@ -54,7 +55,7 @@ struct Files {
                 matcher->close();
             }
         });
-        window->mnufileload->trigger();
+        window->findChild<QAction *>(QStringLiteral("loadAction_"))->trigger();
         return matchersOpened > before;
     }
     // The messages the last command showed: text, title and icon.
@@ -101,8 +102,8 @@ private slots:
         QCOMPARE(readFile(u"anon.Pbx"_s).mid(20, 15), QByteArray("Unknown        "));
 
         // Saving changes no matcher data.
-        QCOMPARE(Mod().PlayerCount, 0);
-        QVERIFY(Mod().PlayerNames.empty());
+        QCOMPARE(f.window->matcherData().PlayerCount, 0);
+        QVERIFY(f.window->matcherData().PlayerNames.empty());
     }
 
     void replaceOnlyOnYes()
@@ -147,11 +148,11 @@ private slots:
                  {empty, damaged},
                  {"Pulse", u"Not a Pulsebox file"_s},
                  {"Pulsebox 1.0" + le32(1) + le32(0x7FFFFFFF) + QByteArray(15 + 73, 'x'), damaged}}) {  // 2 GiB of records
-            static_cast<MatcherData &>(Mod()) = before;
+            f.window->matcherData() = before;
             writeFile(u"bad.Pbx"_s, bytes);
             QVERIFY(!f.load(u"bad.Pbx"_s));
             QCOMPARE(f.messages(), QStringList{warning(text)});
-            QCOMPARE(static_cast<MatcherData &>(Mod()), PingList::read(bytes, before).data);
+            QCOMPARE(f.window->matcherData(), PingList::read(bytes, before).data);
         }
         // The dialog's cancel: nothing at all.
         f.load(QString());
@@ -175,17 +176,17 @@ private slots:
         QCOMPARE(bytes.size(), 20 + 2 * (15 + 73 * 5));
         QCOMPARE(bytes.mid(20 + 15 + 5 * 73, 15), QByteArray(15, '\0'));  // a name never assigned
 
-        static_cast<MatcherData &>(Mod()) = MatcherData{};
+        f.window->matcherData() = MatcherData{};
         QVERIFY(f.load(u"both.Pbx"_s));
         QVERIFY(f.messages().isEmpty());
-        QCOMPARE(static_cast<MatcherData &>(Mod()), saved);
+        QCOMPARE(f.window->matcherData(), saved);
 
         writeFile(u"cut.Pbx"_s, bytes.left(20 + 15 + 3 * 73 + 40));
         QVERIFY(f.load(u"cut.Pbx"_s));
         QCOMPARE(f.messages(), QStringList({u"File ended at: 5|Error |0"_s, u"File ended at: 1|Error |0"_s}));
-        QCOMPARE(Mod().PlayerCount, 2);
-        QCOMPARE(Mod().PlayerLists[1][3], saved.PlayerLists[1][3]);
-        QCOMPARE(Mod().PlayerLists[1][4], ServerRec{});
+        QCOMPARE(f.window->matcherData().PlayerCount, 2);
+        QCOMPARE(f.window->matcherData().PlayerLists[1][3], saved.PlayerLists[1][3]);
+        QCOMPARE(f.window->matcherData().PlayerLists[1][4], ServerRec{});
     }
 };
 

@@ -4,10 +4,11 @@
 #include "support/testsupport.h"
 
 #include "probes/address.h"
-#include "shell/frmpulsebox.h"
-#include "shell/pulseboxmod.h"
+#include "serverlist/refreshdecisions.h"
+#include "shell/itemlist.h"
+#include "shell/mainwindow.h"
+#include "shell/seams.h"
 #include "shell/serverrow.h"
-#include "shell/vblist.h"
 
 #include <QApplication>
 #include <QPushButton>
@@ -25,17 +26,18 @@ int main(int argc, char *argv[])
     TestEnvironment env(1.0);
     Seams::setEcho(nullptr);  // the real echo service
     auto window = newMainWindow();
+    window->findChild<QPushButton *>(QStringLiteral("favRefreshButton_"))->click();  // no favorites: offers Count Hops
+    auto *list = window->findChild<ItemList *>(QStringLiteral("serverList_"));
     ServerRec rec;
     rec.Address = DottedToAddress(QString::fromLatin1(argv[1]));
     rec.Port = 27910;
-    const qint32 k = Mod().appendServer(rec);
-    window->List1->SetItemData(window->List1->AddItem(ServerRow::format(
-        1, false, AddressToDotted(rec.Address) + QStringLiteral(":27910"), {}, {}, {}, {})), k);
-    window->Command7->setEnabled(true);
+    const qint32 k = window->servers().appendServer(rec);
+    list->setRowData(list->addRow(ServerRow::format(1, false, AddressToDotted(rec.Address) + QStringLiteral(":27910"),
+                                                    {}, {}, {}, {})), k);
     env.prompts.answers = {true};
-    window->Command7->click();
-    std::printf("hops=%d\n", Mod().Servers[static_cast<size_t>(k)].Hops);
-    for (const QString &line : window->lbReturn->Texts())
+    window->findChild<QPushButton *>(QStringLiteral("countHopsButton_"))->click();
+    std::printf("hops=%d\n", window->servers().Servers[static_cast<size_t>(k)].Hops);
+    for (const QString &line : window->findChild<ItemList *>(QStringLiteral("logList_"))->texts())
         std::printf("%s\n", qPrintable(line));
     return 0;
 }

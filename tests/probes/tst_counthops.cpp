@@ -1,10 +1,13 @@
 #include "support/testsupport.h"
 
 #include "probes/address.h"
-#include "shell/frmpulsebox.h"
-#include "shell/pulseboxmod.h"
+#include "probes/hoptrace.h"
+#include "probes/timeouts.h"
+#include "serverlist/refreshdecisions.h"
+#include "shell/activity.h"
+#include "shell/itemlist.h"
+#include "shell/mainwindow.h"
 #include "shell/serverrow.h"
-#include "shell/vblist.h"
 
 #include <QAction>
 #include <QFrame>
@@ -12,7 +15,9 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
+#include <QThread>
 #include <QTimer>
+#include <QProgressBar>
 #include <QtTest>
 
 using namespace Qt::StringLiterals;
@@ -24,12 +29,22 @@ Outcome arrives(quint32 rtt = 9) { return {1, 0, rtt}; }
 const Outcome kSilent{0, 11010, 0};
 
 // The main window over a server table as a refresh leaves it. Ticks run at their
-// real pace, so the tick rule only fires where a test moves the counter itself.
+// real pace, so the tick rule only fires where a test makes the probes slow.
 struct Hops {
-    TestEnvironment env{1.0};
-    std::unique_ptr<frmPulsebox> window = newMainWindow();
-    Hops() { window->Command7->setEnabled(true); }  // as the end of a refresh leaves it
+    explicit Hops(double timeScale = 1.0) : env(timeScale)
+    {
+        QTest::mouseClick(button("favRefreshButton_"), Qt::LeftButton);  // no favorites: the list's commands are offered
+    }
+    TestEnvironment env;
+    std::unique_ptr<MainWindow> window = newMainWindow();
+    ItemList *list = window->findChild<ItemList *>(u"serverList_"_s);
+    ItemList *logList = window->findChild<ItemList *>(u"logList_"_s);
+    QLineEdit *ttl = window->findChild<QLineEdit *>(u"ttlEdit_"_s);
 
+    QPushButton *button(const char *name) const { return window->findChild<QPushButton *>(QLatin1String(name)); }
+    QWidget *control(const char *name) const { return window->findChild<QWidget *>(QLatin1String(name)); }
+    QString status() const { return window->findChild<QLabel *>(u"statusLabel_"_s)->text(); }
+    bool pingMenuEnabled() const { return window->findChild<QMenu *>(u"pingMenu_"_s)->menuAction()->isEnabled(); }
     // One record and its row; the ping orders the rows.
     void add(qint64 ping, const char *dotted, qint32 port, bool favorite, qint32 hops = 0)
     {
@@ -41,38 +56,37 @@ struct Hops {
         r.HostName = ServerRow::pad(QStringLiteral("Arena"), 50);
         r.Version = ServerRow::pad(QStringLiteral("3.20"), 5);
         r.IsFavorite = favorite ? 1 : 0;
-        const qint32 k = Mod().appendServer(r);
+        const qint32 k = window->servers().appendServer(r);
         const QString row = ServerRow::format(ping, favorite, QStringLiteral("%1:%2").arg(QLatin1String(dotted)).arg(port),
                                               QStringLiteral("Arena"), QStringLiteral("3.20"), QStringLiteral("q2dm1"),
                                               QStringLiteral(" 0/ 8"));
-        window->List1->SetItemData(window->List1->AddItem(row), k);
+        list->setRowData(list->addRow(row), k);
     }
     void run(bool yes = true)
     {
         env.prompts.answers = {yes};
-        window->Command7->click();
+        button("countHopsButton_")->click();
     }
-    QStringList log() const { return window->lbReturn->Texts(); }
-    QString hopColumn(int row) const { return window->List1->List(row).mid(58, 7); }  // columns 59-65
+    QStringList log() const { return logList->texts(); }
+    QString hopColumn(int row) const { return list->rowText(row).mid(58, 7); }  // columns 59-65
     // The hop counts of records 1..ServerCount.
     QList<qint32> hops() const
     {
-        QList<qint32> list;
-        for (qint32 k = 1; k <= Mod().ServerCount; ++k)
-            list << Mod().Servers[static_cast<size_t>(k)].Hops;
-        return list;
+        QList<qint32> counts;
+        for (qint32 k = 1; k <= window->servers().ServerCount; ++k)
+            counts << window->servers().Servers[static_cast<size_t>(k)].Hops;
+        return counts;
     }
     void verifyRestored() const
     {
-        QCOMPARE(window->Statusbar->text(), QStringLiteral("Done..."));
-        QVERIFY(!window->Command1->isEnabled());
-        for (QWidget *w : std::initializer_list<QWidget *>{window->Command2, window->Command7, window->txTTL, window->Text4})
-            QVERIFY2(w->isEnabled(), qPrintable(w->objectName()));
-        QVERIFY(!window->Command6->isEnabled());
-        QVERIFY(window->mnuPing->menuAction()->isEnabled());
-        QVERIFY(window->Shape1->isHidden() && window->Shape2->isHidden());
-        QCOMPARE(Mod().CancelRequested, qint16(0));
-        QCOMPARE(Mod().TimerTicks < 5, true);
+        QCOMPARE(status(), QStringLiteral("Done..."));
+        QVERIFY(!button("cancelButton_")->isEnabled());
+        for (const char *name : {"refreshButton_", "countHopsButton_", "ttlEdit_", "pingLimitEdit_"})
+            QVERIFY2(control(name)->isEnabled(), name);
+        QVERIFY(!button("serverInfoButton_")->isEnabled());
+        QVERIFY(pingMenuEnabled());
+        QVERIFY(control("progressBar_")->isHidden());
+        QVERIFY(window->activity().isIdle());
     }
 };
 }
@@ -87,9 +101,9 @@ private slots:
         h.add(20, "127.0.60.2", 27910, false);
         h.env.echo.script[QStringLiteral("127.0.60.2")] = {router("127.0.61.1"), router("127.0.61.2", 6),
                                                            router("127.0.61.3", 7), arrives(12)};
-        h.window->lbReturn->AddItem(QStringLiteral("from the refresh"));
-        h.window->List1->SetListIndex(1);
-        h.window->Command6->setEnabled(true);
+        h.logList->addRow(QStringLiteral("from the refresh"));
+        h.list->selectRow(1);
+        QVERIFY(h.button("serverInfoButton_")->isEnabled());  // Count Hops disables it
         h.run();
 
         QCOMPARE(h.env.prompts.shown.size(), 1);  // nothing else, whatever happens
@@ -102,27 +116,27 @@ private slots:
                                        QStringLiteral("Trace Route: Hop 2 127.0.61.2 time=6 ms."),
                                        QStringLiteral("Trace Route: Hop 3 127.0.61.3 time=7 ms."),
                                        QStringLiteral("Trace Route: Hop 4 127.0.60.2 time=12 ms.")}));
-        QCOMPARE(h.window->lbReturn->ListIndex(), 4);  // the newest line selected
+        QCOMPARE(h.logList->selectedRow(), 4);  // the newest line selected
         const QString a = QStringLiteral("127.0.60.1"), b = QStringLiteral("127.0.60.2");
         const QList<QPair<QString, int>> sent{{a, 1}, {b, 1}, {b, 2}, {b, 3}, {b, 4}};
         QCOMPARE(h.env.echo.sent, sent);
         QCOMPARE(h.hopColumn(0), u" -   1 "_s);
         QCOMPARE(h.hopColumn(1), u" -   4 "_s);
-        QVERIFY(h.window->List1->List(0).endsWith(QStringLiteral(" 0/ 8")));
+        QVERIFY(h.list->rowText(0).endsWith(QStringLiteral(" 0/ 8")));
         QCOMPARE(h.hops(), (QList<qint32>{1, 4}));
-        QCOMPARE(h.window->txIPAddress->text(), QStringLiteral("127.0.60.2"));
-        QVERIFY(h.window->lbHops->isVisible());
+        QCOMPARE(h.window->findChild<QLineEdit *>(u"serverAddressEdit_"_s)->text(), QStringLiteral("127.0.60.2"));
+        QVERIFY(h.control("hopsHeader_")->isVisible());
         h.verifyRestored();
 
         // No: only the status line changes.
         h.run(false);
         QCOMPARE(h.log().size(), 5);
         QCOMPARE(h.env.echo.sent.size(), 5);
-        QCOMPARE(h.window->Statusbar->text(), QStringLiteral("Done..."));
+        QCOMPARE(h.status(), QStringLiteral("Done..."));
 
         // An empty list: no probe, the controls restored all the same.
-        Mod().clearServers();
-        h.window->List1->Clear();
+        h.window->servers().clearServers();
+        h.list->clear();
         h.run();
         QVERIFY(h.log().isEmpty());
         QCOMPARE(h.env.echo.sent.size(), 5);
@@ -130,18 +144,15 @@ private slots:
     }
 
     // A silent router is asked again with the same time-to-live until the ticks
-    // of the trace pass 5; from then on every probe also counts a silent hop.
+    // of the trace pass 5; from then on every probe also counts a silent hop. Each
+    // probe here lasts longer than a tick, so probe n sees n - 1 ticks.
     void silentRouterAndTheTickRule()
     {
-        Hops h;
+        Hops h(0.01);
         h.add(10, "127.0.60.3", 27910, false);
-        h.env.echo.script[QStringLiteral("127.0.60.3")] = {router("127.0.61.1"), kSilent, kSilent, router("127.0.61.3"),
-                                                           arrives()};
-        int calls = 0;
-        h.env.echo.onSend = [&calls] {
-            if (++calls == 3)
-                Mod().TimerTicks = 6;  // the two silent calls took their 2.7 s each
-        };
+        h.env.echo.script[QStringLiteral("127.0.60.3")] = {router("127.0.61.1"), kSilent, kSilent, kSilent, kSilent,
+                                                           kSilent, kSilent, router("127.0.61.3"), arrives()};
+        h.env.echo.onSend = [] { QThread::msleep(15); };
         h.run();
         QCOMPARE(h.log(), (QStringList{QStringLiteral("Trace Route: Hop 1 127.0.61.1 time=5 ms."),
                                        QStringLiteral("Trace Route: Hop 2 *.*.*.* time=*** ms."),
@@ -152,9 +163,28 @@ private slots:
         QList<int> ttls;
         for (const auto &s : h.env.echo.sent)
             ttls << s.second;
-        QCOMPARE(ttls, (QList<int>{1, 2, 2, 3, 5}));
+        QCOMPARE(ttls, (QList<int>{1, 2, 2, 2, 2, 2, 2, 3, 5}));  // the seventh probe saw six ticks
         QCOMPARE(h.hops(), QList<qint32>{6});
         QCOMPARE(h.hopColumn(0), u" -   6 "_s);
+        // Every probe waits 2.7 s for its answer.
+        QCOMPARE(h.env.echo.timeouts, QList<int>(h.env.echo.sent.size(), 2700));
+    }
+
+    // The Ping run's traces step over silent hops only after 15 ticks.
+    void pingRunTickLimit()
+    {
+        TestEnvironment env(0.01);
+        env.echo.script[QStringLiteral("127.0.60.8")] = {kSilent};
+        env.echo.onSend = [] { QThread::msleep(15); };
+        int probes = 0;
+        HopTrace::Hooks hooks;
+        QStringList lines;
+        hooks.lines = [&](const QStringList &made) { lines << made; };
+        hooks.bound = [] { return qint64(1); };
+        hooks.stop = [&] { return ++probes > 40; };
+        HopTrace::run(env.echo, DottedToAddress(u"127.0.60.8"_s), Timeouts::kPingRunHopTicks, hooks);
+        QCOMPARE(env.echo.sent.size(), 17);  // the 17th probe saw 16 ticks and counted a silent hop
+        QCOMPARE(lines, QStringList{u"Trace Route: Hop 1 *.*.*.* time=*** ms."_s});
     }
 
     // The bound is read after every probe; text that is no number counts as 0.
@@ -167,22 +197,22 @@ private slots:
         h.env.echo.script[QStringLiteral("127.0.60.5")] = {kSilent};
         for (const char *text : {"0", "abc"}) {
             h.env.echo.sent.clear();
-            h.window->txTTL->setText(QLatin1String(text));
+            h.ttl->setText(QLatin1String(text));
             h.run();
             QCOMPARE(h.env.echo.sent.size(), 2);  // one probe per server
             QCOMPARE(h.hops(), (QList<qint32>{1, 0}));
             QCOMPARE(h.hopColumn(0), u" -   1 "_s);
             QCOMPARE(h.hopColumn(1), u" -     "_s);
-            QCOMPARE(h.window->txTTL->text(), QLatin1String(text));
+            QCOMPARE(h.ttl->text(), QLatin1String(text));
         }
         // Edited during the run: the trace stops once the counter passes the new value.
         // (A silent server would be retried until the tick rule fires, seconds later.)
         h.env.echo.script.remove(QStringLiteral("127.0.60.5"));
-        h.window->txTTL->setText(QStringLiteral("90"));
+        h.ttl->setText(QStringLiteral("90"));
         h.env.echo.sent.clear();
         h.env.echo.onSend = [&h] {
             if (h.env.echo.sent.size() == 2)
-                h.window->txTTL->setText(QStringLiteral("2"));
+                h.ttl->setText(QStringLiteral("2"));
         };
         h.run();
         QCOMPARE(h.env.echo.sent.value(2).first, QStringLiteral("127.0.60.5"));
@@ -204,7 +234,7 @@ private slots:
         // address; the last trace (answered at once) sets both records, while the
         // second row keeps the text of its own trace.
         QCOMPARE(h.hops(), (QList<qint32>{1, 1, 1, 1}));
-        QCOMPARE(h.window->List1->List(0).at(5), QChar(u'*'));
+        QCOMPARE(h.list->rowText(0).at(5), QChar(u'*'));
         QCOMPARE(QStringList({h.hopColumn(0), h.hopColumn(1), h.hopColumn(2)}), QStringList({u" -   1 "_s, u" -   2 "_s, u" -   1 "_s}));
     }
 
@@ -218,14 +248,14 @@ private slots:
                                                            arrives()};
         h.env.echo.onSend = [&h] {
             if (h.env.echo.sent.size() == 4)  // the second probe of the third server
-                QTimer::singleShot(0, h.window->Command1, &QPushButton::click);
+                QTimer::singleShot(0, h.button("cancelButton_"), &QPushButton::click);
         };
-        const QStringList before = h.window->List1->Texts();
+        const QStringList before = h.list->texts();
         h.run();
         QCOMPARE(h.env.echo.sent.size(), 4);
         QCOMPARE(h.hops(), (QList<qint32>{1, 1, 2, 7, 7}));  // the third: counter - 1 at the moment of the cancel
         QCOMPARE(h.hopColumn(2), u" -   2 "_s);
-        QCOMPARE(h.window->List1->Texts().mid(3), before.mid(3));
+        QCOMPARE(h.list->texts().mid(3), before.mid(3));
         h.verifyRestored();
     }
 };

@@ -4,10 +4,11 @@
 #include "probes/address.h"
 #include "probes/serverinfowindow.h"
 #include "probes/statuspopup.h"
-#include "shell/frmpulsebox.h"
-#include "shell/pulseboxmod.h"
-#include "shell/ticker.h"
-#include "shell/vblist.h"
+#include "probes/gamequerychannel.h"
+#include "probes/timeouts.h"
+#include "serverlist/refreshdecisions.h"
+#include "shell/itemlist.h"
+#include "shell/mainwindow.h"
 #include "shell/wiretext.h"
 
 #include <QLineEdit>
@@ -58,16 +59,15 @@ private slots:
     void versionProbeFindsTheProtocol()
     {
         TestEnvironment env;
-        auto w = newMainWindow();
+        GameQueryChannel channel(env.prompts);
         struct Case { const char *address, *protocol, *version; int queries; };
         for (const Case &c : {Case{"127.0.10.1", "31", "3.14", 1}, Case{"127.0.10.2", "33", "3.17", 3},
                               Case{"127.0.10.3", "34", "3.19", 4}, Case{"127.0.10.4", "none", "3.20", 4},
                               Case{"127.0.10.5", "32", "3.15", 2}}) {
             const auto server = fake(c.address, c.protocol);
             QVERIFY(server);
-            const auto result = w->versionProbe(QString::fromLatin1(c.address), QStringLiteral("27910"));
+            const auto result = channel.versionProbe(QString::fromLatin1(c.address), QStringLiteral("27910"));
             QCOMPARE(result.version, QLatin1String(c.version));
-            QCOMPARE(Mod().QueryMode, 1);
             QCOMPARE(server->received.size(), c.queries);
             for (int i = 0; i < c.queries; ++i)
                 QCOMPARE(server->received[i], QByteArray("\xff\xff\xff\xffinfo 3") + QByteArray::number(i + 1));
@@ -79,34 +79,33 @@ private slots:
     void silentMalformedAndLateServers()
     {
         TestEnvironment env;
-        auto w = newMainWindow();
+        GameQueryChannel channel(env.prompts);
         const auto silent = fake("127.0.10.6", "silent"), broken = fake("127.0.10.7", "nolf");
         const auto slow = fake("127.0.10.8", "34", 300);  // two ticks are 100 ms here
         QVERIFY(silent && broken && slow);
         QElapsedTimer clock;
         clock.start();
-        auto result = w->versionProbe(QStringLiteral("127.0.10.6"), QStringLiteral("27910"));
+        auto result = channel.versionProbe(QStringLiteral("127.0.10.6"), QStringLiteral("27910"));
         QVERIFY(clock.elapsed() >= 90);  // waited out its two ticks
+        QCOMPARE(Timeouts::kQueryTicks, 2);
         QCOMPARE(result.version, QStringLiteral("3.14"));
         QCOMPARE(result.infoLine, QStringLiteral("No data returned"));
         QCOMPARE(silent->received.size(), 1);
-        result = w->versionProbe(QStringLiteral("127.0.10.7"), QStringLiteral("27910"));
+        result = channel.versionProbe(QStringLiteral("127.0.10.7"), QStringLiteral("27910"));
         QCOMPARE(result.infoLine, QStringLiteral("Malformed data returned"));
-        QCOMPARE(w->Timer1->interval(), 0);
 
         // A late answer stays until the next query.
-        QVERIFY(w->query(QStringLiteral("127.0.10.8"), QStringLiteral("27910"), 4).isEmpty());
-        QTRY_VERIFY(!Mod().LastReply.isEmpty());
-        QVERIFY(Mod().LastReply.startsWith(QString(4, QChar(0xFF)) + QStringLiteral("info\n")));
-        QCOMPARE(w->Text2->Text, Mod().LastReply);
-        QVERIFY(w->query(QStringLiteral("127.0.10.6"), QStringLiteral("27910"), 1).isEmpty());
-        QVERIFY(Mod().LastReply.isEmpty());
+        QVERIFY(channel.query(QStringLiteral("127.0.10.8"), QStringLiteral("27910"), 4).isEmpty());
+        QTRY_VERIFY(!channel.lastReply().isEmpty());
+        QVERIFY(channel.lastReply().startsWith(QString(4, QChar(0xFF)) + QStringLiteral("info\n")));
+        QVERIFY(channel.query(QStringLiteral("127.0.10.6"), QStringLiteral("27910"), 1).isEmpty());
+        QVERIFY(channel.lastReply().isEmpty());
     }
 
     void hostileRepliesNeverBreakAProbe()
     {
         TestEnvironment env;
-        auto w = newMainWindow();
+        GameQueryChannel channel(env.prompts);
         ReplyPeer peer("127.0.10.10");
         const QList<std::pair<QByteArray, QString>> cases{
             {QByteArray(1, '\xff'), QStringLiteral("Malformed data returned")},
@@ -117,18 +116,18 @@ private slots:
         };
         for (const auto &[reply, infoLine] : cases) {
             peer.reply = reply;
-            const auto result = w->versionProbe(QStringLiteral("127.0.10.10"), QStringLiteral("27910"));
+            const auto result = channel.versionProbe(QStringLiteral("127.0.10.10"), QStringLiteral("27910"));
             QCOMPARE(result.infoLine, infoLine);
             QCOMPARE(result.version, QStringLiteral("3.14"));
-            QCOMPARE(WireText::toBytes(Mod().LastReply), reply);
+            QCOMPARE(WireText::toBytes(channel.lastReply()), reply);
         }
         peer.reply.clear();  // an empty datagram is no answer
-        QCOMPARE(w->versionProbe(QStringLiteral("127.0.10.10"), QStringLiteral("27910")).infoLine,
+        QCOMPARE(channel.versionProbe(QStringLiteral("127.0.10.10"), QStringLiteral("27910")).infoLine,
                  QStringLiteral("No data returned"));
         QVERIFY(env.prompts.shown.isEmpty());
 
         // A port that is no port: the send fails, the user is told, the probe goes on.
-        const auto result = w->versionProbe(QStringLiteral("127.0.10.10"), QStringLiteral("99999"));
+        const auto result = channel.versionProbe(QStringLiteral("127.0.10.10"), QStringLiteral("99999"));
         QCOMPARE(result.infoLine, QStringLiteral("No data returned"));
         QCOMPARE(env.prompts.shown.size(), 1);
         QCOMPARE(env.prompts.shown[0].title, QStringLiteral("Socket 2!"));
@@ -151,8 +150,15 @@ private slots:
     {
         TestEnvironment env;
         auto w = newMainWindow();
-        QTest::mouseClick(w->Command6, Qt::LeftButton);  // disabled: nothing happens
-        w->Command6_Click();
+        auto *list = w->findChild<ItemList *>(QStringLiteral("serverList_"));
+        auto *serverInfo = w->findChild<QPushButton *>(QStringLiteral("serverInfoButton_"));
+        const auto clickRow = [&](int row) {
+            QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(list->item(row)).center());
+        };
+        QVERIFY(!serverInfo->isEnabled());
+        list->addRow(QStringLiteral("000 - a row without a record"));
+        clickRow(0);
+        QTest::mouseClick(serverInfo, Qt::LeftButton);
         QCOMPARE(env.prompts.texts(), QStringList{QStringLiteral("Pick a server from the list first.")});
 
         const auto server = fake("127.0.10.11", "34");
@@ -160,15 +166,14 @@ private slots:
         ServerRec rec;
         rec.Address = DottedToAddress(QStringLiteral("127.0.10.11"));
         rec.Port = 27910;
-        const int index = Mod().appendServer(rec);
-        w->List1->SetItemData(w->List1->AddItem(QStringLiteral("001 - 127.0.10.11:27910")), index);
-        QTest::mouseClick(w->List1->viewport(), Qt::LeftButton, {}, w->List1->visualItemRect(w->List1->item(0)).center());
-        QVERIFY(w->Command6->isEnabled());  // a click on a row enables it when no run is going
+        const int index = w->servers().appendServer(rec);
+        list->setRowData(list->addRow(QStringLiteral("001 - 127.0.10.11:27910")), index);
+        clickRow(1);
+        QVERIFY(serverInfo->isEnabled());  // a click on a row enables it when no run is going
         w->move(0, 0);  // Server Info opens in the middle of the screen, not of the main window
-        QTest::mouseClick(w->Command6, Qt::LeftButton);
+        QTest::mouseClick(serverInfo, Qt::LeftButton);
         QCOMPARE(server->received.last(), QByteArray("\xff\xff\xff\xffstatus"));
-        QCOMPARE(Mod().QueryMode, 99);
-        QCOMPARE(w->txIPAddress->text(), QStringLiteral("127.0.10.11"));
+        QCOMPARE(w->findChild<QLineEdit *>(QStringLiteral("serverAddressEdit_"))->text(), QStringLiteral("127.0.10.11"));
         auto *info = w->findChild<ServerInfoWindow *>(QStringLiteral("ServerInfoWindow"));
         QVERIFY(info && info->isVisible());
         QVERIFY(info->isModal());
@@ -181,8 +186,8 @@ private slots:
         QTRY_VERIFY(!w->findChild<ServerInfoWindow *>(QStringLiteral("ServerInfoWindow")));
 
         // A silent server shows nothing at all.
-        Mod().Servers[static_cast<size_t>(index)].Address = DottedToAddress(QStringLiteral("127.0.10.12"));
-        w->Command6_Click();
+        w->servers().Servers[static_cast<size_t>(index)].Address = DottedToAddress(QStringLiteral("127.0.10.12"));
+        QTest::mouseClick(serverInfo, Qt::LeftButton);
         QVERIFY(!w->findChild<ServerInfoWindow *>(QStringLiteral("ServerInfoWindow")));
         QCOMPARE(env.prompts.shown.size(), 1);
     }

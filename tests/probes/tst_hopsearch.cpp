@@ -64,7 +64,7 @@ private slots:
         search.record(false, kServer, 0, 0);
         QVERIFY(!search.reached());
         QVERIFY(search.goOn(1, false));
-        QVERIFY(!search.goOn(0, false));   // txTTL "0" or "abc": one probe only
+        QVERIFY(!search.goOn(0, false));   // a TTL box of "0" or "abc": one probe only
         QVERIFY(!search.goOn(90, true));   // Cancel
         QCOMPARE(search.hops(), 0);
 

@@ -1,22 +1,27 @@
 #include "support/testsupport.h"
 
-#include "shell/frmpulsebox.h"
-#include "shell/splashwindow.h"
+#include "demonet/demonetwork.h"
 #include "shell/helpwindow.h"
-#include "shell/pulseboxmod.h"
+#include "shell/splashwindow.h"
+#include "shell/itemlist.h"
+#include "shell/mainwindow.h"
 #include "shell/ticker.h"
-#include "shell/vblist.h"
 #include "shell/waiting.h"
 
+#include <QAccessible>
 #include <QAction>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QTextBrowser>
 #include <QtTest>
 
 #include <ctime>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 double cpuSeconds()
@@ -33,6 +38,47 @@ SplashWindow *visibleSplash()
             return s;
     return nullptr;
 }
+
+template <typename T = QWidget>
+T *child(const std::unique_ptr<MainWindow> &w, const char *name)
+{
+    T *found = w->findChild<T *>(QLatin1String(name));
+    if (!found)
+        qFatal("no control %s", name);
+    return found;
+}
+
+QString heard(QObject *control)
+{
+    QAccessibleInterface *iface = QAccessible::queryAccessibleInterface(control);
+    return iface ? iface->text(QAccessible::Name) : QStringLiteral("<no interface>");
+}
+
+// The main window and a list web server with `count` game servers on loopback.
+struct Lab {
+    explicit Lab(const char *subnet, int count, const char *protocol = "silent")
+    {
+        Demo::Config config;
+        config.httpPort = 0;
+        for (int i = 1; i <= count; ++i) {
+            Demo::Server s;
+            s.address = QHostAddress(QLatin1String(subnet) + QString::number(i));
+            s.protocol = QLatin1String(protocol);
+            s.hostName = u"Server %1"_s.arg(i);
+            s.map = u"q2dm1"_s;
+            config.servers << s;
+            config.listLines << s.address.toString();
+        }
+        QString error;
+        started = network.start(config, &error, true);
+        child<QComboBox>(window, "listLocationBox_")->setEditText(network.listUrl());
+    }
+    QPushButton *button(const char *name) { return child<QPushButton>(window, name); }
+    TestEnvironment env;
+    Demo::Network network;
+    bool started = false;
+    std::unique_ptr<MainWindow> window = newMainWindow();
+};
 }
 
 class TestMainWindow : public QObject {
@@ -45,75 +91,129 @@ private slots:
         QCOMPARE(w->windowTitle(), QStringLiteral("Pulsebox Server Kit"));
         QCOMPARE(w->minimumSize(), w->maximumSize());  // not resizable
         struct Button { const char *name, *caption; bool enabled; };
-        for (const Button &b : {Button{"Command2", "Refresh List", true}, Button{"Command8", "Fav Refresh", true},
-                                Button{"Command1", "Cancel", false}, Button{"cmAddFav", "Add to Favorites", false},
-                                Button{"Command7", "Count Hops", false}, Button{"Command6", "Server Info", false}}) {
-            auto *button = w->findChild<QPushButton *>(QLatin1String(b.name));
-            QVERIFY2(button && button->text() == QLatin1String(b.caption) && button->isEnabled() == b.enabled, b.name);
+        for (const Button &b : {Button{"refreshButton_", "Refresh List", true}, Button{"favRefreshButton_", "Fav Refresh", true},
+                                Button{"cancelButton_", "Cancel", false}, Button{"addFavoriteButton_", "Add to Favorites", false},
+                                Button{"countHopsButton_", "Count Hops", false}, Button{"serverInfoButton_", "Server Info", false}}) {
+            auto *button = child<QPushButton>(w, b.name);
+            QVERIFY2(button->text() == QLatin1String(b.caption) && button->isEnabled() == b.enabled, b.name);
         }
-        QCOMPARE(w->Text4->text(), QStringLiteral("230"));
-        QCOMPARE(w->txTTL->text(), QStringLiteral("90"));
-        QVERIFY(!w->txIPAddress->isEnabled());
-        QVERIFY(w->Text1->isEditable());
-        QVERIFY(w->Label14->text().isEmpty());
-        for (const char *hidden : {"lbHost", "lbFav", "lbFavDesc", "Text2", "Shape1", "Shape2", "lbHops"})
-            QVERIFY2(w->findChild<QWidget *>(QLatin1String(hidden))->isHidden(), hidden);
-        QCOMPARE(w->Timer1->interval(), 1000);
-        QCOMPARE(w->Timer2->interval(), 0);
+        QCOMPARE(child<QLineEdit>(w, "pingLimitEdit_")->text(), QStringLiteral("230"));
+        QCOMPARE(child<QLineEdit>(w, "ttlEdit_")->text(), QStringLiteral("90"));
+        QVERIFY(!child<QLineEdit>(w, "serverAddressEdit_")->isEnabled());
+        QVERIFY(child<QComboBox>(w, "listLocationBox_")->isEditable());
+        QVERIFY(child<QLabel>(w, "listCountLabel_")->text().isEmpty());
+        for (const char *hidden : {"progressBar_", "hopsHeader_"})
+            QVERIFY2(child(w, hidden)->isHidden(), hidden);
 
         // Quick and Regular Ping are one choice; clicking the checked one keeps it.
-        QVERIFY(w->mnuqp[0]->isChecked() && !w->mnuqp[1]->isChecked());
-        for (size_t index : {1u, 1u, 0u}) {
-            w->mnuqp[index]->trigger();
-            QVERIFY(w->mnuqp[index]->isChecked() && !w->mnuqp[1 - index]->isChecked());
+        auto *quick = child<QAction>(w, "quickPingAction_");
+        auto *full = child<QAction>(w, "fullPingAction_");
+        QVERIFY(quick->isChecked() && !full->isChecked());
+        for (QAction *mode : {full, full, quick}) {
+            mode->trigger();
+            QVERIFY(mode->isChecked() && (mode == quick ? !full->isChecked() : !quick->isChecked()));
         }
-        w->mnuupdmaster->trigger();
+        child<QAction>(w, "updateMasterAction_")->trigger();
         QCOMPARE(env.prompts.texts(), QStringList{QStringLiteral("not available yet")});
     }
 
-    void listClickRule()
+    // A refresh through the buttons: only Cancel is live while it runs, the
+    // progress shows, rows and "Done..." come, and the controls come back.
+    void refreshThroughTheButtons()
     {
-        // Server Info follows every click on List1: enabled only when no run goes or Cancel was pressed.
-        TestEnvironment env;
-        auto w = newMainWindow();
-        for (int i = 0; i < 2; ++i)
-            w->List1->AddItem(QStringLiteral("00%1 - row").arg(i));
-        const auto clickRow = [&](int row) {
-            QTest::mouseClick(w->List1->viewport(), Qt::LeftButton, {}, w->List1->visualItemRect(w->List1->item(row)).center());
+        Lab lab("127.0.21.", 3, "34");
+        QVERIFY(lab.started);
+        int runningSends = 0;
+        lab.env.echo.onSend = [&] {
+            bool only = lab.button("cancelButton_")->isEnabled() && child(lab.window, "progressBar_")->isVisible();
+            for (const char *off : {"refreshButton_", "favRefreshButton_", "countHopsButton_", "addFavoriteButton_",
+                                    "serverInfoButton_", "ttlEdit_", "pingLimitEdit_"})
+                only = only && !child(lab.window, off)->isEnabled();
+            only = only && !child<QMenu>(lab.window, "pingMenu_")->menuAction()->isEnabled()
+                   && !child<QAction>(lab.window, "fastRefreshAction_")->isEnabled();
+            runningSends += only ? 1 : 0;
         };
-        w->Command1->setEnabled(true);  // a run is going
-        clickRow(0);
-        QTest::keyClick(w->List1, Qt::Key_Down);
-        QCOMPARE(w->List1->ListIndex(), 1);
-        QVERIFY(!w->Command6->isEnabled());
-        Mod().CancelRequested = 1;  // Cancel pressed, the run not yet unwound
-        clickRow(1);  // the row selected already
-        QVERIFY(w->Command6->isEnabled());
+        QTest::mouseClick(lab.button("refreshButton_"), Qt::LeftButton);
+        QCOMPARE(runningSends, 3);
+        const QStringList rows = child<ItemList>(lab.window, "serverList_")->texts();
+        QCOMPARE(rows.size(), 3);
+        QVERIFY(rows[0].contains(u"127.0.21.1:27910"_s) && rows[0].contains(u"Server 1"_s));
+        QCOMPARE(child<ItemList>(lab.window, "logList_")->texts().size(), 3);
+        QCOMPARE(child<QLabel>(lab.window, "statusLabel_")->text(), QStringLiteral("Done..."));
+        QCOMPARE(child<QLabel>(lab.window, "listCountLabel_")->text(), QStringLiteral("3"));
+        QCOMPARE(child<QLineEdit>(lab.window, "serverAddressEdit_")->text(), QStringLiteral("127.0.21.3"));
+        for (const char *on : {"refreshButton_", "favRefreshButton_", "countHopsButton_", "addFavoriteButton_"})
+            QVERIFY2(child(lab.window, on)->isEnabled(), on);
+        QVERIFY(!lab.button("cancelButton_")->isEnabled() && !lab.button("serverInfoButton_")->isEnabled());
+        QVERIFY(child(lab.window, "progressBar_")->isHidden());
+        QVERIFY(lab.window->activity().isIdle());
 
-        w->Command6->setEnabled(false);
-        Mod().CancelRequested = 0;
-        w->Command1->setEnabled(false);  // the run has ended
-        clickRow(1);  // still the row chosen during the run
-        QVERIFY(w->Command6->isEnabled());
-        w->Command6->setEnabled(false);
-        QTest::keyClick(w->List1, Qt::Key_Up);
-        QVERIFY(w->Command6->isEnabled());
+        // The screen reader hears what is shown.
+        QCOMPARE(heard(child(lab.window, "statusLabel_")), QStringLiteral("Done..."));
+        QCOMPARE(heard(child(lab.window, "listCountLabel_")), QStringLiteral("3"));
+        QCOMPARE(heard(child(lab.window, "pingLimitEdit_")), child<QLabel>(lab.window, "pingLimitLabel_")->text());
+        QCOMPARE(heard(child(lab.window, "ttlEdit_")), child<QLabel>(lab.window, "ttlLabel_")->text());
+        auto *location = child<QComboBox>(lab.window, "listLocationBox_");
+        QCOMPARE(heard(location), location->currentText());
+        const auto labels = QAccessible::queryAccessibleInterface(location)->relations(QAccessible::Label);
+        QVERIFY(!labels.isEmpty() && labels.first().first->object() == child(lab.window, "listLocationLabel_"));
+        QCOMPARE(heard(lab.button("favRefreshButton_")), QStringLiteral("Fav Refresh"));
     }
 
-    // The close during a run is refused until Cancel (tst_refresh drives it through a real run).
-    void closeAfterCancelEndsTheRun()
+    // The close during a run is refused until Cancel; then everything ends at once.
+    void closeRuleDuringARun()
     {
-        TestEnvironment env;
-        auto w = newMainWindow();
-        w->Command1->setEnabled(true);  // a long run is going
-        QTest::mouseClick(w->Command1, Qt::LeftButton);
-        QVERIFY(w->close());
-        QVERIFY(waitsAbandoned());  // the run still on the stack unwinds at once
+        Lab lab("127.0.22.", 10);
+        QVERIFY(lab.started);
+        bool refusedSeen = false;
+        lab.env.echo.onSend = [&] {
+            if (lab.env.echo.sent.size() != 3)
+                return;
+            QTimer::singleShot(0, [&] {
+                QVERIFY(!lab.window->close());  // refused while the refresh runs
+                child<QAction>(lab.window, "exitAction_")->trigger();  // Exit goes through the same rule
+                refusedSeen = lab.window->isVisible();
+                QTest::mouseClick(lab.button("cancelButton_"), Qt::LeftButton);
+                QVERIFY(lab.window->close());
+            });
+        };
+        QElapsedTimer clock;
+        clock.start();
+        QTest::mouseClick(lab.button("refreshButton_"), Qt::LeftButton);
+        QVERIFY(clock.elapsed() < 2000);
+        QVERIFY(refusedSeen);
+        QCOMPARE(lab.window->windowTitle(), QStringLiteral("Pulsebox Server Kit - CAN'T CLOSE BEFORE CANCEL!"));
+        QVERIFY(!lab.window->isVisible());
+        QVERIFY(waitsAbandoned());  // the run still on the stack unwound at once
+        QCOMPARE(lab.env.echo.sent.size(), 3);
 
+        abandonWaits(false);
         auto idle = newMainWindow();
-        idle->mnuExit->trigger();
+        child<QAction>(idle, "exitAction_")->trigger();
         QVERIFY(!idle->isVisible());
         QCOMPARE(idle->windowTitle(), QStringLiteral("Pulsebox Server Kit"));
+    }
+
+    // Server Info follows every pick of a row: enabled only when no run goes or Cancel was pressed.
+    void rowPickRule()
+    {
+        Lab lab("127.0.23.", 4);
+        QVERIFY(lab.started);
+        auto *list = child<ItemList>(lab.window, "serverList_");
+        auto *serverInfo = lab.button("serverInfoButton_");
+        bool offWhileRunning = false, onAfterCancel = false;
+        lab.env.echo.onSend = [&] {
+            if (lab.env.echo.sent.size() == 3) {
+                list->selectRow(0);  // a row of this run
+                offWhileRunning = !serverInfo->isEnabled();
+                lab.button("cancelButton_")->click();
+                QTest::keyClick(list, Qt::Key_Down);
+                onAfterCancel = serverInfo->isEnabled();
+            }
+        };
+        QTest::mouseClick(lab.button("refreshButton_"), Qt::LeftButton);
+        QVERIFY(offWhileRunning && onAfterCancel);
+        QVERIFY(serverInfo->isEnabled());  // the end of the run leaves it as the pick made it
     }
 
     // The splash holds the start-up for about two seconds, or until it is clicked.
@@ -128,7 +228,7 @@ private slots:
     {
         QFETCH(bool, click);
         TestEnvironment env(1.0);  // real seconds
-        frmPulsebox w;
+        MainWindow w;
         if (click)
             QTimer::singleShot(300, [] {
                 SplashWindow *splash = visibleSplash();
@@ -141,37 +241,29 @@ private slots:
             });
         QElapsedTimer clock;
         clock.start();
-        w.Form_Load();
+        w.start();
         const qint64 waited = clock.elapsed();
         QVERIFY2(click ? waited < 1500 : waited >= 1500 && waited < 15000, qPrintable(QString::number(waited)));
         QVERIFY(!visibleSplash());
-        QCOMPARE(w.Timer2->interval(), 0);
-        QCOMPARE(Mod().QueryMode, 1);
-        QCOMPARE(w.Text1->count(), 5);
-        QCOMPARE(w.Text1->itemText(0), w.Text1->currentText());
-        QCOMPARE(w.Text1->itemText(1), QStringLiteral("http://127.0.0.1/"));
-        QCOMPARE(w.Text1->itemText(2), QStringLiteral("master://127.0.0.1:27900"));
+        QCOMPARE(w.findChild<Ticker *>(u"splashTicker_"_s)->interval(), 0);
+        auto *location = w.findChild<QComboBox *>(u"listLocationBox_"_s);
+        QCOMPARE(location->count(), 5);
+        QCOMPARE(location->itemText(0), location->currentText());
+        QCOMPARE(location->itemText(1), QStringLiteral("http://127.0.0.1/"));
+        QCOMPARE(location->itemText(2), QStringLiteral("master://127.0.0.1:27900"));
     }
 
-    void aboutBoxLeavesTheCountersAlone()
+    void aboutAndHelp()
     {
         TestEnvironment env;
         auto w = newMainWindow();
-        Mod().TimerTicks = 7;
-        w->mnuabout->trigger();
+        child<QAction>(w, "aboutAction_")->trigger();
         QPointer<SplashWindow> about = visibleSplash();
         QVERIFY(about);
         QTest::keyClick(about, Qt::Key_Space);
         QTRY_VERIFY(!about || !about->isVisible());
-        QCOMPARE(Mod().TimerTicks, 7);
-        QCOMPARE(w->Timer1->interval(), 1000);
-    }
 
-    void helpShowsTheDocumentInside()
-    {
-        TestEnvironment env;
-        auto w = newMainWindow();
-        w->mnuContents->trigger();
+        child<QAction>(w, "contentsAction_")->trigger();
         HelpWindow *help = HelpWindow::showHelp();
         QVERIFY(help->isVisible());
         const QString text = help->text();
@@ -184,13 +276,14 @@ private slots:
     void waitingSleepsInsteadOfSpinning()
     {
         TestEnvironment env(1.0);
-        auto w = newMainWindow();
-        Mod().TimerTicks = 0;
-        w->Timer1->setInterval(1000);
+        Ticker ticker;
+        int ticks = 0;
+        connect(&ticker, &Ticker::timeout, this, [&ticks] { ++ticks; });
+        ticker.setInterval(1000);
         const double cpuBefore = cpuSeconds();
         QElapsedTimer clock;
         clock.start();
-        waitUntil([] { return Mod().TimerTicks >= 2; });
+        waitUntil([&ticks] { return ticks >= 2; });
         const double cpu = cpuSeconds() - cpuBefore;
         QVERIFY(clock.elapsed() >= 1900);
         qInfo() << "CPU over a two-tick wait:" << cpu * 1000 << "ms";

@@ -1,10 +1,12 @@
 #pragma once
 // Helpers for the tests that drive the dialogs and the main window's commands.
 #include "probes/address.h"
-#include "shell/frmpulsebox.h"
-#include "shell/pulseboxmod.h"
+#include "serverlist/refreshdecisions.h"
+#include "shell/itemlist.h"
+#include "shell/mainwindow.h"
+#include "shell/seams.h"
 #include "shell/serverrow.h"
-#include "shell/vblist.h"
+#include "shell/itemlist.h"
 
 #include <QObject>
 
@@ -16,7 +18,7 @@ T *child(const QObject &parent, const char *name)
 }
 
 // A row of the main list with its record, as a refresh leaves it.
-inline void addListedServer(frmPulsebox &w, const char *address, int port, const QString &hostName = {},
+inline void addListedServer(MainWindow &w, const char *address, int port, const QString &hostName = {},
                             bool favorite = false)
 {
     ServerRec rec;
@@ -25,7 +27,8 @@ inline void addListedServer(frmPulsebox &w, const char *address, int port, const
     if (!hostName.isNull())
         rec.HostName = ServerRow::pad(hostName, 50);
     rec.IsFavorite = favorite;
-    const int index = Mod().appendServer(rec);
+    const int index = w.servers().appendServer(rec);
     const QString row = ServerRow::format(10 + index, favorite, QLatin1String(address), hostName, {}, {}, {});
-    w.List1->SetItemData(w.List1->AddItem(row), index);
+    auto *list = w.findChild<ItemList *>(QStringLiteral("serverList_"));
+    list->setRowData(list->addRow(row), index);
 }

@@ -1,14 +1,19 @@
 #include "support/testsupport.h"
 
 #include "probes/address.h"
-#include "shell/frmpulsebox.h"
-#include "shell/pulseboxmod.h"
+#include "serverlist/refreshdecisions.h"
+#include "shell/itemlist.h"
+#include "shell/mainwindow.h"
+#include "shell/seams.h"
 #include "shell/ticker.h"
 #include "shell/waiting.h"
 
 #include <QDir>
 #include <QFile>
+#include <QAction>
+#include <QPushButton>
 #include <QTcpServer>
+#include <QTest>
 
 void ScriptedPrompter::message(const QString &text, const QString &title, Icon icon)
 {
@@ -47,10 +52,11 @@ QStringList ScriptedPrompter::texts() const
     return list;
 }
 
-int ScriptedEcho::sendEcho(qint32 destination, const QByteArray &, int ttl, int, EchoReply &reply)
+int ScriptedEcho::sendEcho(qint32 destination, const QByteArray &, int ttl, int timeoutMs, EchoReply &reply)
 {
     const QString dotted = AddressToDotted(destination);
     sent.append({dotted, ttl});
+    timeouts.append(timeoutMs);
     if (onSend)
         onSend();
     reply = EchoReply{};
@@ -77,7 +83,6 @@ bool ScriptedStarter::start(const QString &program, const QStringList &arguments
 
 TestEnvironment::TestEnvironment(double timeScale) : previousFolder(QDir::currentPath())
 {
-    Mod() = PulseboxMod{};
     abandonWaits(false);
     Ticker::setTimeScale(timeScale);
     Seams::setPrompts(&prompts);
@@ -116,9 +121,60 @@ quint16 closedPort()
     return probe.serverPort();  // closed again as probe goes
 }
 
-std::unique_ptr<frmPulsebox> newMainWindow()
+namespace MainWindowDriver {
+ItemList *serverList(MainWindow &window) { return window.findChild<ItemList *>(QStringLiteral("serverList_")); }
+
+void offerListCommands(MainWindow &window)
 {
-    auto window = std::make_unique<frmPulsebox>();
+    window.findChild<QPushButton *>(QStringLiteral("favRefreshButton_"))->click();
+}
+
+int addServer(MainWindow &window, const ServerRec &record, const QString &rowText)
+{
+    const int index = window.servers().appendServer(record);
+    const int row = serverList(window)->addRow(rowText);
+    serverList(window)->setRowData(row, index);
+    return row;
+}
+
+void doubleClickRow(MainWindow &window, int row)
+{
+    ItemList *list = serverList(window);
+    const QPoint at = list->visualItemRect(list->item(row)).center();
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, at);
+    QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, at);
+}
+
+void addToFavorites(MainWindow &window, int row)
+{
+    serverList(window)->selectRow(row);
+    window.findChild<QPushButton *>(QStringLiteral("addFavoriteButton_"))->click();
+}
+
+void trigger(MainWindow &window, const char *actionName)
+{
+    window.findChild<QAction *>(QLatin1String(actionName))->trigger();
+}
+
+void addFavorite(MainWindow &window, const QString &address, const QString &description)
+{
+    QList<Favorite> favorites = window.favorites();
+    favorites.append({address, description});
+    window.setFavorites(favorites);
+}
+
+QStringList favoriteAddresses(const MainWindow &window)
+{
+    QStringList addresses;
+    for (const Favorite &favorite : window.favorites())
+        addresses << favorite.address;
+    return addresses;
+}
+}
+
+std::unique_ptr<MainWindow> newMainWindow()
+{
+    auto window = std::make_unique<MainWindow>();
     window->show();
     return window;
 }

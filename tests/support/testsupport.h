@@ -1,6 +1,7 @@
 #pragma once
 #include "launch/programstarter.h"
 #include "probes/echoservice.h"
+#include "shell/serverrow.h"
 #include "shell/prompts.h"
 
 #include <QHash>
@@ -11,7 +12,7 @@
 #include <functional>
 #include <memory>
 
-class frmPulsebox;
+class MainWindow;
 
 // Answers every prompt by script and remembers what was shown.
 class ScriptedPrompter : public Prompter {
@@ -51,6 +52,7 @@ public:
     };
     QHash<QString, QList<Outcome>> script;  // consumed in order; the last one repeats
     QList<QPair<QString, int>> sent;        // destination and time-to-live of every call
+    QList<int> timeouts;                    // the time-out of every call, in ms
     std::function<void()> onSend;           // runs at every call, before it answers
 
     int sendEcho(qint32 destination, const QByteArray &payload, int ttl, int timeoutMs,
@@ -88,7 +90,22 @@ void writeFile(const QString &path, const QByteArray &bytes = {});
 quint16 closedPort();
 
 // The main window without its start-up wait, shown offscreen.
-std::unique_ptr<frmPulsebox> newMainWindow();
+std::unique_ptr<MainWindow> newMainWindow();
+
+// Driving the main window by its controls' names.
+class ItemList;
+namespace MainWindowDriver {
+ItemList *serverList(MainWindow &window);
+// A Fav Refresh without favorites: the list's commands (Add to Favorites, Count Hops) are offered.
+void offerListCommands(MainWindow &window);
+// A record in the server table and a row pointing at it; returns the row.
+int addServer(MainWindow &window, const ServerRec &record, const QString &rowText);
+void doubleClickRow(MainWindow &window, int row);
+void addToFavorites(MainWindow &window, int row);  // selects the row, clicks Add to Favorites
+void trigger(MainWindow &window, const char *actionName);
+void addFavorite(MainWindow &window, const QString &address, const QString &description);
+QStringList favoriteAddresses(const MainWindow &window);
+}
 
 // While it lives, no file may grow past `bytes`: writes beyond fail with EFBIG,
 // as on a full disk, even for root.

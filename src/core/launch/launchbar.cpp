@@ -2,7 +2,7 @@
 
 #include "probes/address.h"
 #include "probes/statusanswer.h"
-#include "serverlist/probedecisions.h"
+#include "serverlist/refreshdecisions.h"
 #include "serverlist/serverentry.h"
 #include "serverlist/urltext.h"
 

@@ -5,7 +5,7 @@
 
 // The hop search of one server: echo requests with a time-to-live of 1, 2, 3 ...
 // until the destination itself answers. Count Hops and the matcher's Ping run both
-// drive it; they differ only in the bound (Count Hops reads txTTL after every probe,
+// drive it; they differ only in the bound (Count Hops reads the TTL box after every probe,
 // the Ping run passes 250), the tick limit (5 and 15) and whether they log.
 //
 // One trace:

@@ -3,7 +3,7 @@
 #include "probes/address.h"
 #include "probes/gamequery.h"
 #include "probes/icmppacket.h"
-#include "serverlist/probedecisions.h"
+#include "serverlist/refreshdecisions.h"
 #include "serverlist/serverentry.h"
 #include "shell/wiretext.h"
 

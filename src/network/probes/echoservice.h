@@ -25,4 +25,18 @@ public:
                          EchoReply &reply) = 0;
     // Empty while echoes can be sent; otherwise why not and how to allow it.
     virtual QString unavailableReason() { return {}; }
+
+    // unavailableReason() the first time it is not empty, then empty: the advice is
+    // given once per run of the program, however many refreshes follow.
+    QString adviceOnce()
+    {
+        if (adviceGiven_)
+            return {};
+        const QString reason = unavailableReason();
+        adviceGiven_ = !reason.isEmpty();
+        return reason;
+    }
+
+private:
+    bool adviceGiven_ = false;
 };

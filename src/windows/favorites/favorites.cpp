@@ -2,11 +2,11 @@
 #include "favorites/favfile.h"
 #include "favorites/favoritesdialog.h"
 #include "probes/address.h"
-#include "shell/frmpulsebox.h"
-#include "shell/pulseboxmod.h"
+#include "shell/itemlist.h"
+#include "shell/mainwindow.h"
+#include "shell/seams.h"
 #include "shell/boundedfile.h"
 #include "shell/prompts.h"
-#include "shell/vblist.h"
 
 #include <QFile>
 
@@ -35,21 +35,13 @@ std::optional<QByteArray> readFavoritesFile()
 }
 }
 
-void frmPulsebox::appendFavorite(const QString &address, const QString &description)
-{
-    lbFav->AddItem(address);
-    lbFavDesc->AddItem(description);
-    lbFav->SetItemData(lbFav->ListCount() - 1, lbFavDesc->ListCount() - 1);
-}
-
-void frmPulsebox::loadFavorites()
+void MainWindow::loadFavorites()
 {
     const auto bytes = readFavoritesFile();
     if (!bytes)
         return;
     const QList<Favorite> favorites = FavFile::parse(*bytes);
-    for (const Favorite &favorite : favorites.mid(0, kMaxFavorites))
-        appendFavorite(favorite.address, favorite.description);
+    favorites_ = favorites.mid(0, kMaxFavorites);
     if (favorites.size() > kMaxFavorites)
         Seams::prompts().message(u"The favorites file holds %1 favorites; the first %2 were loaded."_s
                                      .arg(favorites.size()).arg(kMaxFavorites),
@@ -67,12 +59,12 @@ bool SaveFavoritesFile(const QByteArray &bytes)
     return false;
 }
 
-void frmPulsebox::cmAddFav_Click()
+void MainWindow::addSelectedToFavorites()
 {
     const ServerRec *rec = selectedServer();
     if (!rec)
         return;
-    if (List1->List(List1->ListIndex()).mid(5, 1) == u"*"_s) {
+    if (serverList_->rowText(serverList_->selectedRow()).mid(5, 1) == u"*"_s) {
         Seams::prompts().message(u"Already a Favorite"_s, AppTitle);
         return;
     }
@@ -83,24 +75,17 @@ void frmPulsebox::cmAddFav_Click()
     const auto existing = readFavoritesFile();
     if (!existing || !SaveFavoritesFile(FavFile::appended(*existing, {address, rec->HostName})))
         return;
-    appendFavorite(address, rec->HostName);
+    favorites_.append({address, rec->HostName});
 }
 
-void frmPulsebox::mnuFavorites_Click()
+void MainWindow::editFavorites()
 {
-    if (!favorites_) {
-        QList<Favorite> current;  // the hidden lists are parallel: paired by position
-        for (int i = 0; i < lbFav->ListCount(); ++i)
-            current.append({lbFav->List(i), lbFavDesc->List(i)});
-        favorites_ = new FavoritesDialog(current, this);
-        connect(favorites_, &FavoritesDialog::favoritesSaved, this, [this](const QList<Favorite> &saved) {
-            lbFav->Clear();
-            lbFavDesc->Clear();
-            for (const Favorite &favorite : saved)
-                appendFavorite(favorite.address, favorite.description);
-        });
+    if (!favoritesEditor_) {
+        favoritesEditor_ = new FavoritesDialog(favorites_, this);
+        connect(favoritesEditor_, &FavoritesDialog::favoritesSaved, this,
+                [this](const QList<Favorite> &saved) { favorites_ = saved; });
     }
-    favorites_->show();
-    favorites_->raise();
-    favorites_->activateWindow();
+    favoritesEditor_->show();
+    favoritesEditor_->raise();
+    favoritesEditor_->activateWindow();
 }

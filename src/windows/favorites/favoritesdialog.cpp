@@ -3,7 +3,7 @@
 #include "favorites/addfavoritedialog.h"
 #include "shell/controls.h"
 #include "shell/twips.h"
-#include "shell/vblist.h"
+#include "shell/itemlist.h"
 
 #include <QPushButton>
 
@@ -16,7 +16,7 @@ FavoritesDialog::FavoritesDialog(const QList<Favorite> &favorites, QWidget *pare
     Controls::applyDesignLook(this);
     setAttribute(Qt::WA_DeleteOnClose);
     setFixedSize(Twips::size(4380, 3765));
-    favoritesList_ = new VbList(false, this);
+    favoritesList_ = new ItemList(false, this);
     favoritesList_->setObjectName(u"favoritesList_"_s);
     favoritesList_->setGeometry(Twips::rect(180, 180, 3975, 2205));
     favoritesList_->setAccessibleName(u"Favorites"_s);
@@ -45,22 +45,22 @@ FavoritesDialog::FavoritesDialog(const QList<Favorite> &favorites, QWidget *pare
 
 void FavoritesDialog::addEntry(const Favorite &favorite)
 {
-    favoritesList_->AddItem(favorite.address);
+    favoritesList_->addRow(favorite.address);
     descriptions_.append(favorite.description);
-    favoritesList_->SetItemData(favoritesList_->ListCount() - 1, static_cast<int>(descriptions_.size()) - 1);
+    favoritesList_->setRowData(favoritesList_->count() - 1, static_cast<int>(descriptions_.size()) - 1);
 }
 
 QList<Favorite> FavoritesDialog::workingCopy() const
 {
     QList<Favorite> favorites;
-    for (int i = 0; i < favoritesList_->ListCount(); ++i)
-        favorites.append({favoritesList_->List(i), descriptions_.value(favoritesList_->ItemData(i))});
+    for (int i = 0; i < favoritesList_->count(); ++i)
+        favorites.append({favoritesList_->rowText(i), descriptions_.value(favoritesList_->rowData(i))});
     return favorites;
 }
 
 void FavoritesDialog::deleteSelected()
 {
-    favoritesList_->RemoveItem(favoritesList_->ListIndex());
+    favoritesList_->removeRow(favoritesList_->selectedRow());
 }
 
 void FavoritesDialog::addManually()
@@ -70,12 +70,12 @@ void FavoritesDialog::addManually()
 
 void FavoritesDialog::modifySelected()
 {
-    const int row = favoritesList_->ListIndex();
+    const int row = favoritesList_->selectedRow();
     if (row < 0)
         return;
-    const Favorite original{favoritesList_->List(row), descriptions_.value(favoritesList_->ItemData(row))};
+    const Favorite original{favoritesList_->rowText(row), descriptions_.value(favoritesList_->rowData(row))};
     auto *dialog = new AddFavoriteDialog(this, original);
-    favoritesList_->RemoveItem(row);
+    favoritesList_->removeRow(row);
     dialog->show();
 }
 

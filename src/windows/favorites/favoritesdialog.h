@@ -6,7 +6,7 @@
 #include <QWidget>
 
 class QPushButton;
-class VbList;
+class ItemList;
 
 // Saves the whole favorites file; on failure tells the user and leaves it as it was.
 bool SaveFavoritesFile(const QByteArray &bytes);
@@ -33,7 +33,7 @@ private:
     void modifySelected();
     void saveAndClose();
 
-    VbList *favoritesList_;  // addresses; item data = index of the description
+    ItemList *favoritesList_;  // addresses; item data = index of the description
     // Descriptions, reached only through the list's item data: a Delete or a
     // Modify removes the address row and leaves its description here.
     QStringList descriptions_;

@@ -4,7 +4,7 @@
 #include "launch/programstarter.h"
 #include "serverlist/urltext.h"
 #include "shell/prompts.h"
-#include "shell/pulseboxmod.h"
+#include "shell/seams.h"
 
 using namespace Qt::StringLiterals;
 

@@ -4,34 +4,39 @@
 #include "launch/gamepath.h"
 #include "probes/address.h"
 #include "serverlist/urltext.h"
-#include "shell/frmpulsebox.h"
-#include "shell/pulseboxmod.h"
+#include "shell/itemlist.h"
+#include "shell/mainwindow.h"
+#include "shell/seams.h"
 #include "shell/prompts.h"
-#include "shell/vblist.h"
 
 #include "shell/boundedfile.h"
 
 using namespace Qt::StringLiterals;
 
-void frmPulsebox::readConfiguration()
+void MainWindow::readConfiguration()
 {
     const BoundedFile file = BoundedFile::read(GameConfig::kName, GameConfig::kMaxBytes);
     if (file.status == BoundedFile::Status::CannotOpen)
         return;
     const QString line = GameConfig::firstLine(file.bytes);
     if (GamePathPasses(line, line))
-        Mod().GamePath = TrimSpaces(line);
+        gamePath_ = TrimSpaces(line);
 }
 
-void frmPulsebox::mnuSettings_Click()
+void MainWindow::editSettings()
 {
     auto *settings = new SettingsDialog(this);
-    connect(settings, &SettingsDialog::gamePathSaved, this, [](const QString &path) { Mod().GamePath = path; });
+    connect(settings, &SettingsDialog::gamePathSaved, this, [this](const QString &path) { gamePath_ = path; });
     settings->show();
 }
 
-void frmPulsebox::List1_DblClick()
+void MainWindow::launchSelected()
 {
     if (const ServerRec *rec = selectedServer())
-        GameLauncher(Mod().GamePath).launch(AddressToDotted(rec->Address) + u':' + QString::number(rec->Port), u"Launch to Server?"_s);
+        launchGame(AddressToDotted(rec->Address) + u':' + QString::number(rec->Port), u"Launch to Server?"_s);
+}
+
+void MainWindow::launchGame(const QString &target, const QString &prompt)
+{
+    GameLauncher(gamePath_).launch(target, prompt);
 }

@@ -5,7 +5,7 @@
 #include "probes/address.h"
 #include "serverlist/urltext.h"
 #include "shell/controls.h"
-#include "shell/pulseboxmod.h"
+#include "shell/seams.h"
 #include "shell/prompts.h"
 #include "shell/twips.h"
 

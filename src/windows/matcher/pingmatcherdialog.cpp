@@ -4,11 +4,12 @@
 #include "pinglists/pinglist.h"
 #include "pinglists/pinglistfiles.h"
 #include "probes/echoservice.h"
-#include "probes/hopsearch.h"
+#include "probes/hoptrace.h"
+#include "probes/timeouts.h"
+#include "serverlist/refreshdecisions.h"
 #include "shell/controls.h"
-#include "shell/frmpulsebox.h"
 #include "shell/prompts.h"
-#include "shell/pulseboxmod.h"
+#include "shell/seams.h"
 #include "shell/ticker.h"
 #include "shell/twips.h"
 #include "shell/waiting.h"
@@ -34,10 +35,8 @@ constexpr int kNameWidth = 1815;    // column 0
 constexpr int kWindowBase = 4365;   // window width without player columns
 constexpr int kGridBase = 2895;     // grid width without player columns
 constexpr int kPingTimeoutMs = 200;
-constexpr int kHopTimeoutMs = 2700;
 constexpr int kPingTtl = 250;
 constexpr int kHopBound = 250;
-constexpr int kHopTickLimit = 15;
 
 // Never-assigned texts are NULs; they show as blanks.
 QString shown(QString text) { return text.replace(QChar(0), u' '); }
@@ -153,8 +152,6 @@ void PingMatcherDialog::buildControls()
     matchGrid_->setAccessibleName(u"Match table"_s);
     matchGrid_->setGridCols(2);
     matchGrid_->setGridRows(2);
-    hopTicker_ = new Ticker(this);
-    hopTicker_->setObjectName(u"hopTicker_"_s);
     busyTicker_ = new Ticker(this);
     busyTicker_->setObjectName(u"busyTicker_"_s);
 
@@ -164,7 +161,6 @@ void PingMatcherDialog::buildControls()
     connect(cancelButton_, &QPushButton::clicked, this, &PingMatcherDialog::cancelOrClose);
     connect(hopsFirstOption_, &QRadioButton::clicked, this, [this] { showMode(MatchMode::HopsFirst); });
     connect(pingsOnlyOption_, &QRadioButton::clicked, this, [this] { showMode(MatchMode::PingsOnly); });
-    connect(hopTicker_, &Ticker::timeout, this, [this] { ++hopTicks_; });
     connect(busyTicker_, &Ticker::timeout, this, &PingMatcherDialog::alternateBusyPictures);
 }
 
@@ -363,18 +359,13 @@ void PingMatcherDialog::pingServer(qint32 s)
 
     qint32 hops = 0;
     if (average > 0) {
-        HopSearch search(destination, kHopTickLimit);
-        hopTicks_ = 0;
-        hopTicker_->setInterval(1000);
-        do {
-            statusLabel_->setText(u"Counting Hops"_s);
-            const bool got = echo.sendEcho(destination, payload, search.ttl(), kHopTimeoutMs, reply) != 0;
-            search.record(got, reply.Address, reply.RoundTripTime, hopTicks_);
-            yieldOnce();
-        } while (search.goOn(kHopBound, cancelRequested_));
+        HopTrace::Hooks hooks;
+        hooks.beforeProbe = [this] { statusLabel_->setText(u"Counting Hops"_s); };
+        hooks.bound = [] { return static_cast<qint64>(kHopBound); };
+        hooks.stop = [this] { return cancelRequested_; };
+        const HopSearch search = HopTrace::run(echo, destination, Timeouts::kPingRunHopTicks, hooks);
         hops = search.hops();
         lastAnswered = search.lastAnswered();
-        hopTicker_->setInterval(0);
     }
 
     if (lastAnswered) {
@@ -387,13 +378,4 @@ void PingMatcherDialog::pingServer(qint32 s)
         }
     }
     yieldOnce();
-}
-
-// File, Load ends here. Each opening builds the window afresh from the loaded data;
-// File, Load returns only once the matcher is closed again.
-void frmPulsebox::showMatcher()
-{
-    PingMatcherDialog matcher(Mod(), this);
-    matcher.show();
-    waitUntil([&matcher] { return !matcher.isVisible(); });
 }

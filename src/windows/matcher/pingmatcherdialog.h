@@ -63,7 +63,6 @@ private:
     bool matchBusy_ = false;
     bool cancelRequested_ = false;
     MatchMode matchMode_ = MatchMode::HopsFirst;  // of the last mode click
-    qint32 hopTicks_ = 0;  // seconds of the hop count in progress
     int widthTwips_ = 0;
 
     QPushButton *pingButton_, *sortButton_, *saveButton_, *cancelButton_;
@@ -73,5 +72,5 @@ private:
     QLabel *hostPicture_, *serverPicture_, *beatTallPicture_, *beatLowPicture_;
     QLabel *statusLabel_;
     MatchGrid *matchGrid_;
-    Ticker *hopTicker_, *busyTicker_;
+    Ticker *busyTicker_;
 };

@@ -4,9 +4,12 @@
 #include "favorites/favfile.h"
 #include "pinglists/pinglist.h"
 #include "probes/address.h"
-#include "shell/frmpulsebox.h"
+#include "matcher/pingmatcherdialog.h"
+#include "serverlist/refreshsession.h"
+#include "shell/mainwindow.h"
+#include "shell/waiting.h"
 #include "shell/prompts.h"
-#include "shell/pulseboxmod.h"
+#include "shell/seams.h"
 
 #include "shell/boundedfile.h"
 
@@ -46,7 +49,7 @@ void saveMatcher(const MatcherData &data)
 
 }
 
-void frmPulsebox::mnufilesave_Click()
+void MainWindow::saveList()
 {
     const QString path = PingListFiles::chooseSaveTarget();
     if (path.isEmpty())
@@ -54,11 +57,11 @@ void frmPulsebox::mnufilesave_Click()
     QString name = Seams::prompts().input(u"Your name:"_s, AppTitle, u"Unknown"_s);
     if (name.isEmpty())
         name = u"Unknown"_s;
-    const PulseboxMod &mod = Mod();
-    PingListFiles::write(path, PingList::serverListBytes(mod.Servers, mod.ServerCount, name));
+    const ServerTable &table = session_->table();
+    PingListFiles::write(path, PingList::serverListBytes(table.Servers, table.ServerCount, name));
 }
 
-void frmPulsebox::mnufileload_Click()
+void MainWindow::loadList()
 {
     Prompter &prompts = Seams::prompts();
     const QString path = prompts.openFileName(u"Load"_s, PingList::kFilter);
@@ -68,11 +71,19 @@ void frmPulsebox::mnufileload_Click()
     // file costs no more than that. A file that cannot be read reads as empty.
     const QByteArray bytes = BoundedFile::read(path, PingList::kMaxContentBytes).bytes;
 
-    PulseboxMod &mod = Mod();
-    PingList::LoadResult result = PingList::read(bytes, std::move(static_cast<MatcherData &>(mod)));
-    static_cast<MatcherData &>(mod) = std::move(result.data);
+    PingList::LoadResult result = PingList::read(bytes, std::move(matcherData_));
+    matcherData_ = std::move(result.data);
     for (const PingList::Message &m : result.messages)
         prompts.message(m.text, m.title, m.exclamation ? Prompter::Icon::Warning : Prompter::Icon::None);
     if (result.outcome == PingList::Outcome::Loaded)
         showMatcher();
+}
+
+// File, Load ends here. Each opening builds the matcher afresh from the loaded data;
+// File, Load returns only once the matcher is closed again.
+void MainWindow::showMatcher()
+{
+    PingMatcherDialog matcher(matcherData_, this);
+    matcher.show();
+    waitUntil([&matcher] { return !matcher.isVisible(); });
 }

@@ -1,31 +1,31 @@
-#include "shell/vblist.h"
+#include "shell/itemlist.h"
 
 #include <QMouseEvent>
 
-VbList::VbList(bool sorted, QWidget *parent) : QListWidget(parent), sorted_(sorted)
+ItemList::ItemList(bool sorted, QWidget *parent) : QListWidget(parent), sorted_(sorted)
 {
     setSelectionMode(QAbstractItemView::SingleSelection);
     connect(this, &QListWidget::itemSelectionChanged, this, [this] {
         pressChangedSelection_ = true;
-        emit Click();
+        emit picked();
     });
 }
 
-void VbList::mousePressEvent(QMouseEvent *event)
+void ItemList::mousePressEvent(QMouseEvent *event)
 {
     pressChangedSelection_ = false;
     QListWidget::mousePressEvent(event);
 }
 
-void VbList::mouseReleaseEvent(QMouseEvent *event)
+void ItemList::mouseReleaseEvent(QMouseEvent *event)
 {
     const bool onRow = event->button() == Qt::LeftButton && itemAt(event->position().toPoint()) != nullptr;
     QListWidget::mouseReleaseEvent(event);
     if (onRow && !pressChangedSelection_)
-        emit Click();
+        emit picked();
 }
 
-int VbList::AddItem(const QString &text)
+int ItemList::addRow(const QString &text)
 {
     int row = count();
     if (sorted_) {
@@ -46,47 +46,45 @@ int VbList::AddItem(const QString &text)
     return row;
 }
 
-void VbList::RemoveItem(int row)
+void ItemList::removeRow(int row)
 {
     if (row < 0 || row >= count())
         return;
     delete takeItem(row);
-    SetListIndex(-1);  // as a list box does: removing a row leaves nothing selected
+    selectRow(-1);
 }
 
-void VbList::Clear() { clear(); }
-
-QString VbList::List(int row) const
+QString ItemList::rowText(int row) const
 {
     const QListWidgetItem *entry = item(row);
     return entry ? entry->text() : QString();
 }
 
-void VbList::SetList(int row, const QString &text)
+void ItemList::setRowText(int row, const QString &text)
 {
     if (QListWidgetItem *entry = item(row))
         entry->setText(text);
 }
 
-int VbList::ItemData(int row) const
+int ItemList::rowData(int row) const
 {
     const QListWidgetItem *entry = item(row);
     return entry ? entry->data(Qt::UserRole).toInt() : 0;
 }
 
-void VbList::SetItemData(int row, int value)
+void ItemList::setRowData(int row, int value)
 {
     if (QListWidgetItem *entry = item(row))
         entry->setData(Qt::UserRole, value);
 }
 
-int VbList::ListIndex() const
+int ItemList::selectedRow() const
 {
     const int row = currentRow();
     return row >= 0 && item(row)->isSelected() ? row : -1;
 }
 
-void VbList::SetListIndex(int row)
+void ItemList::selectRow(int row)
 {
     if (row < 0 || row >= count()) {
         setCurrentRow(-1);
@@ -96,15 +94,15 @@ void VbList::SetListIndex(int row)
     setCurrentRow(row);
 }
 
-void VbList::SelectLast()
+void ItemList::selectLast()
 {
     if (count() == 0)
         return;
-    SetListIndex(count() - 1);
+    selectRow(count() - 1);
     scrollToItem(item(count() - 1));
 }
 
-QStringList VbList::Texts() const
+QStringList ItemList::texts() const
 {
     QStringList texts;
     for (int i = 0; i < count(); ++i)

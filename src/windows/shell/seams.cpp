@@ -1,15 +1,9 @@
-#include "shell/pulseboxmod.h"
+#include "shell/seams.h"
 
 #include "launch/programstarter.h"
 #include "probes/icmpecho.h"
 #include "shell/prompts.h"
 #include "shell/trayicon.h"
-
-PulseboxMod &Mod()
-{
-    static PulseboxMod mod;
-    return mod;
-}
 
 namespace Seams {
 namespace {

@@ -1,4 +1,4 @@
-#include "serverlist/probedecisions.h"
+#include "serverlist/refreshdecisions.h"
 
 #include "probes/address.h"
 #include "serverlist/serverentry.h"

@@ -1,6 +1,6 @@
 // The probe's decisions as both refresh paths use them.
 #include "probes/gamequery.h"
-#include "serverlist/probedecisions.h"
+#include "serverlist/refreshdecisions.h"
 
 #include <QtTest>
 
@@ -46,7 +46,7 @@ Verdict fast(const Answers &server)
 }
 }
 
-class TestProbeDecisions : public QObject {
+class TestRefreshDecisions : public QObject {
     Q_OBJECT
 private slots:
     void versionProbeEqualsTheSerialOneForClassicServers()
@@ -124,5 +124,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestProbeDecisions)
-#include "tst_probedecisions.moc"
+QTEST_GUILESS_MAIN(TestRefreshDecisions)
+#include "tst_refreshdecisions.moc"

@@ -9,9 +9,9 @@
 // What every echo of the program carries, the one-at-a-time probes' and the engine's.
 inline const QString EchoRequestText = QStringLiteral("Server please echo this back.");
 
-// What one server's probe decides, for the one-at-a-time refresh and the probe
-// engine alike: both feed these the same outcomes and so give the same lines,
-// records and rows.
+// What a refresh decides about each server, for the one-at-a-time refresh and
+// the probe engine alike: both feed these the same outcomes and so give the same
+// lines, records and rows.
 namespace Probe {
 
 // Numeric value of a text as the program reads a typed number: the longest
@@ -23,7 +23,7 @@ double NumberValue(const QString &text);
 qint32 PortNumber(const QString &portText);
 // The port the queries go to: PortNumber when it is 1..65535, else 0 (no port).
 quint16 QueryPort(const QString &portText);
-// The echoes' time-to-live from the txTTL text: its number clamped to 0..255.
+// The echoes' time-to-live from the TTL box's text: its number clamped to 0..255.
 int TtlValue(const QString &ttlText);
 
 // The echo series of one server: up to `wanted` echoes, ending at the first
@@ -48,7 +48,7 @@ struct EchoSeries {
 bool WithinLimit(double ping, const QString &limitText);
 
 // The log lines of a probe. `address` is the probed text as typed into
-// txIPAddress (trimmed here), `ttlText` the txTTL text as typed.
+// the Server IP box (trimmed here), `ttlText` the TTL box's text as typed.
 QString LookingUpLine(const QString &name);
 QString FoundLine(const QString &name, const QString &address);
 QString FailureLine(const QString &address, quint32 status);
