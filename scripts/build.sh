@@ -16,7 +16,9 @@ if command -v ccache >/dev/null; then
     # are cached only with these sloppiness settings.
     launcher=("-DCMAKE_CXX_COMPILER_LAUNCHER=env;CCACHE_BASEDIR=$PWD;CCACHE_NOHASHDIR=1;CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime;ccache")
 fi
-cmake -S . -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo "${launcher[@]}" "${options[@]}" >/dev/null
+# -O2 without debug information: a cold build takes about a third less compile time than
+# with it (the package strips it anyway); pass -DCMAKE_BUILD_TYPE=RelWithDebInfo to debug.
+cmake -S . -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=Release "-DCMAKE_CXX_FLAGS_RELEASE=-O2 -DNDEBUG" "${launcher[@]}" "${options[@]}" >/dev/null
 if [ ${#targets[@]} -gt 0 ]; then
     cmake --build "$dir" --target "${targets[@]}"
 else
