@@ -9,19 +9,11 @@
 #include <QUdpSocket>
 
 namespace {
-Demo::Server at(quint32 address, quint16 port)
+QList<Demo::Server> servers(qsizetype count)
 {
-    Demo::Server s;
-    s.address = QHostAddress(address);
-    s.port = port;
-    return s;
-}
-
-QList<Demo::Server> servers(int count)
-{
-    QList<Demo::Server> list;
-    for (int i = 0; i < count; ++i)
-        list << at(0x7f000000u + 0x10000u + static_cast<quint32>(i), 27910);
+    QList<Demo::Server> list(count);  // 127.1.0.0 up, on the default port
+    for (qsizetype i = 0; i < count; ++i)
+        list[i].address = QHostAddress(0x7f010000u + static_cast<quint32>(i));
     return list;
 }
 

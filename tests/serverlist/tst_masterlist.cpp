@@ -31,32 +31,11 @@ private slots:
         // Zero records: an answer with no servers.
         QVERIFY(parse(bytes("\xff\xff\xff\xffservers ", 12))->records.isEmpty());
         QVERIFY(parse("servers")->records.isEmpty());  // even the separator missing
-        // A record cut short keeps the whole ones before it.
-        const auto cut = parse(bytes("servers \x7f\x00\x00\x02\x6d\x06\x7f\x00\x00", 17));
-        QCOMPARE(cut->records, (QList<Record>{{0x7f000002, 27910}}));
-        QCOMPARE(cut->truncatedBytes, 3);
-        // Records that name no server are counted, not listed.
-        const auto zero = parse(bytes("servers \x00\x00\x00\x00\x6d\x06\x7f\x00\x00\x02\x00\x00", 20));
-        QVERIFY(zero->records.isEmpty());
-        QCOMPARE(zero->skipped, 2);
         // Junk: not an answer at all.
         for (const QByteArray &junk : {QByteArray(), bytes("\xff\xff\xff\xff", 4), QByteArray("server"),
                                        bytes("\xff\xff\xff\xffprint\nservers ", 18), QByteArray("SERVERS "),
                                        bytes("\xff\xff\xffservers ", 11)})
             QVERIFY2(!parse(junk), junk.toHex().constData());
-    }
-
-    void seventyThousandRecords()
-    {
-        QByteArray d("servers ");
-        for (quint32 i = 0; i < 70000; ++i) {
-            const quint32 a = 0x7f000000 + i + 1;
-            const char r[6] = {char(a >> 24), char(a >> 16), char(a >> 8), char(a), char(0x6d), char(0x06)};
-            d.append(r, 6);
-        }
-        const auto reply = parse(d);
-        QCOMPARE(reply->records.size(), 70000);
-        QCOMPARE(reply->records.last(), (Record{0x7f011170, 27910}));
     }
 
     void locations()

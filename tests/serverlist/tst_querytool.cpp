@@ -32,16 +32,13 @@ Run runTool(const QStringList &arguments)
     QProcess process;
     QSignalSpy done(&process, &QProcess::finished);
     process.start(QStringLiteral(PULSEBOX_QUERY), arguments);
-    Run run;
     if (!done.wait(60000)) {
         process.kill();
         process.waitForFinished();
-        return run;
+        return {};
     }
-    run.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -2;
-    run.out = process.readAllStandardOutput();
-    run.err = process.readAllStandardError();
-    return run;
+    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -2, process.readAllStandardOutput(),
+            process.readAllStandardError()};
 }
 
 // Space-separated arguments, none of which holds a space.
@@ -97,27 +94,15 @@ private slots:
         verifyFields(servers[2].toObject(), {{"answered", false}, {"name", QJsonValue::Null}, {"players", QJsonValue::Null},
                                              {"playerList", QJsonArray()}});
 
-        // The rows, fastest first, from a list file and the favorites together.
+        // Rows from the web list, fetched as the window fetches it, and the favorites together.
         QTemporaryDir dir;
-        QFile list(dir.filePath(QStringLiteral("list.txt"))), fav(dir.filePath(QStringLiteral("Pulsebox.fav")));
-        QVERIFY(list.open(QIODevice::WriteOnly) && fav.open(QIODevice::WriteOnly));
-        list.write("\r\n 127.0.13.2 \r\n");
-        fav.write("127.0.13.1\r\nmine\r\n");
-        list.close();
+        QFile fav(dir.filePath(QStringLiteral("Pulsebox.fav")));
+        QVERIFY(fav.open(QIODevice::WriteOnly) && fav.write("127.0.13.1\r\nmine\r\n") > 0);
         fav.close();
-        const Run rows = runTool(QStringList{QStringLiteral("--file"), list.fileName(), QStringLiteral("--favorites"),
+        const Run rows = runTool(QStringList{QStringLiteral("--url"), network.listUrl(), QStringLiteral("--favorites"),
                                               fav.fileName(), QStringLiteral("--timeout"), QStringLiteral("600")});
         QCOMPARE(rows.exitCode, 0);
-        QCOMPARE(rows.out.count('\n'), 2);
-        QVERIFY(rows.out.contains("Query Two") && rows.out.contains("Query One"));
-
-        // The web list, fetched as the window fetches it: its two entries, the silent one unlisted.
-        const Run web = runTool(QStringLiteral("--url %1 --json --timeout 600").arg(network.listUrl()));
-        QCOMPARE(web.exitCode, 0);
-        const QJsonArray listed = QJsonDocument::fromJson(web.out).array();
-        QCOMPARE(listed.size(), 2);
-        QCOMPARE(listed[0].toObject()[QStringLiteral("name")].toString(), QStringLiteral("Query Two"));
-        QCOMPARE(listed[1].toObject()[QStringLiteral("answered")].toBool(), false);
+        QVERIFY(rows.out.contains("Query Two") && rows.out.contains("Query One") && !rows.out.contains("Quiet"));
     }
 
     void exitStatuses()
@@ -143,7 +128,6 @@ private slots:
             {"--timeout 86400000 127.0.13.9", "time-out"}, {"--retries -1 127.0.13.9", "tries"},
             {"--ping-limit nan 127.0.13.9", "ping-limit"}, {"--master host:0", "Not a master server"},
             {"127.0.13.9:x", "Not a server"}, {"--file /nonexistent/list.txt", "Cannot read the list file"},
-            {"--favorites /dev/zero", "too large"},
             {"--bogus", "bogus"}, {"", "No servers to probe"},
         };
         for (const auto &[arguments, message] : bad) {

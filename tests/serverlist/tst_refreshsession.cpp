@@ -11,18 +11,6 @@
 namespace {
 const ScriptedEcho::Outcome kTimedOut{0, 11010, 0};
 
-// `count` game servers that never answer a query, and the list naming them.
-std::pair<QList<Demo::Server>, QStringList> silentServers(const char *subnet, int count)
-{
-    std::pair<QList<Demo::Server>, QStringList> made;
-    for (int i = 1; i <= count; ++i) {
-        const QByteArray address = subnet + QByteArray::number(i);
-        made.first << fakeServer(address.constData(), 27910, "silent", "S");
-        made.second << QString::fromLatin1(address);
-    }
-    return made;
-}
-
 QString row(const char *ping, bool fav, const char *address, const char *name, const char *version,
             const char *map, const char *players)
 {
@@ -160,8 +148,13 @@ private slots:
 
     void cancelStopsAfterTheCurrentServer()
     {
-        const auto servers = silentServers("127.0.13.", 10);
-        RefreshHarness r(servers.first, servers.second);
+        Demo::Config silent;
+        for (int i = 1; i <= 10; ++i) {  // servers that never answer a query, and the list naming them
+            const QByteArray address = "127.0.13." + QByteArray::number(i);
+            silent.servers << fakeServer(address.constData(), 27910, "silent", "S");
+            silent.listLines << QString::fromLatin1(address);
+        }
+        RefreshHarness r(silent);
         r.env.echo.onSend = [&] {
             if (r.env.echo.sent.size() == 3)
                 QTimer::singleShot(0, &r.session, &RefreshSession::cancel);  // a click while the third is probed
@@ -177,16 +170,22 @@ private slots:
     // A list that cannot be had asks whether to go on with the favorites: No probes nothing, Yes the favorites.
     void listProblemsAskAboutFavorites_data()
     {
-        QTest::addColumn<QString>("url");  // "closed": a port nothing listens on; empty: the demo list, empty
+        // "closed": a port nothing listens on; "master": the demo master, silent; empty: the demo list, empty.
+        QTest::addColumn<QString>("url");
         QTest::addColumn<QString>("message");
         QTest::addColumn<QString>("status");  // after No
         QTest::addColumn<bool>("yes");
+        const QString invalid = QStringLiteral("Invalid URL supplied."), problem = QStringLiteral("problem getting list of server");
         for (bool yes : {false, true}) {
             const char *answer = yes ? " Yes" : " No";
-            QTest::addRow("invalid URL%s", answer) << QStringLiteral("  ") << QStringLiteral("Invalid URL supplied.")
-                                                   << QStringLiteral("Retreiving List....") << yes;
-            QTest::addRow("unreachable%s", answer) << QStringLiteral("closed") << QStringLiteral("problem getting list of server")
+            QTest::addRow("invalid URL%s", answer) << QStringLiteral("  ") << invalid << QStringLiteral("Retreiving List....") << yes;
+            QTest::addRow("master without host%s", answer) << QStringLiteral("master://:27900") << invalid
+                                                           << QStringLiteral("Retreiving List....") << yes;
+            QTest::addRow("unreachable%s", answer) << QStringLiteral("closed") << problem
                                                    << QStringLiteral("Problem getting list from server") << yes;
+            QTest::addRow("silent master%s", answer)
+                << QStringLiteral("master") << problem
+                << QStringLiteral("Problem getting list from server: The master server 127.0.0.1 did not answer.") << yes;
             QTest::addRow("empty list%s", answer) << QString() << QStringLiteral("No sites from web source list")
                                                   << QStringLiteral("No sites from web source list") << yes;
         }
@@ -198,11 +197,14 @@ private slots:
         QFETCH(QString, message);
         QFETCH(QString, status);
         QFETCH(bool, yes);
-        RefreshHarness r({fakeServer("127.0.15.1", 27910, "34", "Fav")}, {});
+        RefreshHarness r(masterConfig());
         QVERIFY(r.started);
-        r.request.favorites = {QStringLiteral("127.0.15.1")};
+        r.network.master()->silent = true;
+        r.request.favorites = {QStringLiteral("127.0.12.1")};
         if (url == QStringLiteral("closed"))
             url = QStringLiteral("http://127.0.0.1:%1/quake2/gamespy.txt").arg(closedPort());
+        else if (url == QStringLiteral("master"))
+            url = r.network.masterUrl();
         if (!url.isNull())
             r.request.location = url;
         r.env.prompts.answers = {yes};
@@ -221,6 +223,7 @@ private slots:
         QCOMPARE(o.rows.size(), yes ? 1 : 0);
         QCOMPARE(r.env.echo.sent.isEmpty(), !yes);
         QVERIFY(ended && !r.session.isRunning());
+        QCOMPARE(r.network.master()->received.size(), url == r.network.masterUrl() ? 1 : 0);
     }
 
     void noIcmpIsReportedOnce()
@@ -244,22 +247,13 @@ private slots:
                                      QStringLiteral("Reply from 127.0.17.2: Failed code = 11050")}));
     }
 
-    void refreshFromTheDemoMaster_data()
-    {
-        QTest::addColumn<bool>("fast");
-        QTest::newRow("one at a time") << false;
-        QTest::newRow("Fast Refresh") << true;
-    }
-
     void refreshFromTheDemoMaster()
     {
-        QFETCH(bool, fast);
         RefreshHarness r(masterConfig());
         QVERIFY(r.started);
         r.request.location = QStringLiteral(" ") + r.network.masterUrl() + QStringLiteral(" ");
-        const RefreshOutcome o = r.run(false, fast);
+        const RefreshOutcome o = r.run();
 
-        QCOMPARE(r.network.master()->received, QList<QByteArray>{QByteArray("query\n\0", 7)});
         QVERIFY(r.env.prompts.shown.isEmpty());
         QCOMPARE(o.rows.size(), 3);
         QVERIFY(o.rows[0].contains(QStringLiteral("127.0.12.1:27910")) && o.rows[0].contains(QStringLiteral("Master Listed One")));
@@ -267,29 +261,6 @@ private slots:
         QVERIFY(o.rows[2].contains(QStringLiteral("127.0.12.3:27910")) && o.rows[2].contains(QStringLiteral("No ")));
         QCOMPARE(o.count, QStringLiteral("3"));
         QCOMPARE(o.status, QStringLiteral("Done..."));
-    }
-
-    void masterProblemsAskAboutFavorites()
-    {
-        RefreshHarness r(masterConfig());
-        QVERIFY(r.started);
-        r.network.master()->silent = true;
-        r.request.location = r.network.masterUrl();
-        r.request.favorites = {QStringLiteral("127.0.12.1")};
-        const QString question = QStringLiteral("Do you want to continue trying favorites?");
-        r.env.prompts.answers = {true};
-        const RefreshOutcome o = r.run();  // a master that never answers, answered Yes
-        QCOMPARE(r.env.prompts.texts(), (QStringList{QStringLiteral("problem getting list of server"), question}));
-        QVERIFY(r.statuses.contains(QStringLiteral("Problem getting list from server: The master server 127.0.0.1 did not answer.")));
-        QCOMPARE(o.rows.size(), 1);  // the favorite only
-        QCOMPARE(o.status, QStringLiteral("Done..."));
-
-        // A master location without a host is as invalid as any other URL without one.
-        r.env.prompts.shown.clear();
-        r.request.location = QStringLiteral("master://:27900");
-        QVERIFY(r.run().rows.isEmpty());  // answered No
-        QCOMPARE(r.env.prompts.texts(), (QStringList{QStringLiteral("Invalid URL supplied."), question}));
-        QCOMPARE(r.network.master()->received.size(), 1);  // only the first refresh asked the master
     }
 };
 

@@ -24,13 +24,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-double cpuSeconds()
-{
-    timespec ts{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &ts);
-    return static_cast<double>(ts.tv_sec) + static_cast<double>(ts.tv_nsec) / 1e9;
-}
-
 SplashWindow *visibleSplash()
 {
     for (QWidget *top : QApplication::topLevelWidgets())
@@ -88,8 +81,6 @@ private slots:
     {
         TestEnvironment env;
         auto w = newMainWindow();
-        QCOMPARE(w->windowTitle(), QStringLiteral("Pulsebox Server Kit"));
-        QCOMPARE(w->minimumSize(), w->maximumSize());  // not resizable
         struct Button { const char *name, *caption; bool enabled; };
         for (const Button &b : {Button{"refreshButton_", "Refresh List", true}, Button{"favRefreshButton_", "Fav Refresh", true},
                                 Button{"cancelButton_", "Cancel", false}, Button{"addFavoriteButton_", "Add to Favorites", false},
@@ -135,12 +126,8 @@ private slots:
         };
         QTest::mouseClick(lab.button("refreshButton_"), Qt::LeftButton);
         QCOMPARE(runningSends, 3);
-        const QStringList rows = child<ItemList>(lab.window, "serverList_")->texts();
-        QCOMPARE(rows.size(), 3);
-        QVERIFY(rows[0].contains(u"127.0.21.1:27910"_s) && rows[0].contains(u"Server 1"_s));
+        QCOMPARE(child<ItemList>(lab.window, "serverList_")->texts().size(), 3);  // the session tests check their text
         QCOMPARE(child<ItemList>(lab.window, "logList_")->texts().size(), 3);
-        QCOMPARE(child<QLabel>(lab.window, "statusLabel_")->text(), QStringLiteral("Done..."));
-        QCOMPARE(child<QLabel>(lab.window, "listCountLabel_")->text(), QStringLiteral("3"));
         QCOMPARE(child<QLineEdit>(lab.window, "serverAddressEdit_")->text(), QStringLiteral("127.0.21.3"));
         for (const char *on : {"refreshButton_", "favRefreshButton_", "countHopsButton_", "addFavoriteButton_"})
             QVERIFY2(child(lab.window, on)->isEnabled(), on);
@@ -149,8 +136,9 @@ private slots:
         QVERIFY(lab.window->activity().isIdle());
 
         // The screen reader hears what is shown.
-        QCOMPARE(heard(child(lab.window, "statusLabel_")), QStringLiteral("Done..."));
-        QCOMPARE(heard(child(lab.window, "listCountLabel_")), QStringLiteral("3"));
+        for (const auto &[label, text] : {std::pair{"statusLabel_", "Done..."}, {"listCountLabel_", "3"}})
+            QVERIFY2(child<QLabel>(lab.window, label)->text() == QLatin1String(text)
+                         && heard(child(lab.window, label)) == QLatin1String(text), label);
         QCOMPARE(heard(child(lab.window, "pingLimitEdit_")), child<QLabel>(lab.window, "pingLimitLabel_")->text());
         QCOMPARE(heard(child(lab.window, "ttlEdit_")), child<QLabel>(lab.window, "ttlLabel_")->text());
         auto *location = child<QComboBox>(lab.window, "listLocationBox_");
@@ -160,20 +148,27 @@ private slots:
         QCOMPARE(heard(lab.button("favRefreshButton_")), QStringLiteral("Fav Refresh"));
     }
 
-    // The close during a run is refused until Cancel; then everything ends at once.
-    void closeRuleDuringARun()
+    // While a run goes, the close is refused and a pick of a row leaves Server Info off;
+    // Cancel allows both, and the close then ends everything at once.
+    void closeAndRowPickDuringARun()
     {
         Lab lab("127.0.22.", 10);
         QVERIFY(lab.started);
-        bool refusedSeen = false;
+        auto *list = child<ItemList>(lab.window, "serverList_");
+        auto *serverInfo = lab.button("serverInfoButton_");
+        bool refusedSeen = false, offWhileRunning = false, onAfterCancel = false;
         lab.env.echo.onSend = [&] {
             if (lab.env.echo.sent.size() != 3)
                 return;
             QTimer::singleShot(0, [&] {
-                QVERIFY(!lab.window->close());  // refused while the refresh runs
+                list->selectRow(0);  // a row of this run
+                offWhileRunning = !serverInfo->isEnabled();
+                QVERIFY(!lab.window->close());
                 child<QAction>(lab.window, "exitAction_")->trigger();  // Exit goes through the same rule
                 refusedSeen = lab.window->isVisible();
                 QTest::mouseClick(lab.button("cancelButton_"), Qt::LeftButton);
+                QTest::keyClick(list, Qt::Key_Down);
+                onAfterCancel = serverInfo->isEnabled();
                 QVERIFY(lab.window->close());
             });
         };
@@ -181,7 +176,8 @@ private slots:
         clock.start();
         QTest::mouseClick(lab.button("refreshButton_"), Qt::LeftButton);
         QVERIFY(clock.elapsed() < 2000);
-        QVERIFY(refusedSeen);
+        QVERIFY(refusedSeen && offWhileRunning && onAfterCancel);
+        QVERIFY(serverInfo->isEnabled());  // the end of the run leaves it as the pick made it
         QCOMPARE(lab.window->windowTitle(), QStringLiteral("Pulsebox Server Kit - CAN'T CLOSE BEFORE CANCEL!"));
         QVERIFY(!lab.window->isVisible());
         QVERIFY(waitsAbandoned());  // the run still on the stack unwound at once
@@ -192,28 +188,6 @@ private slots:
         child<QAction>(idle, "exitAction_")->trigger();
         QVERIFY(!idle->isVisible());
         QCOMPARE(idle->windowTitle(), QStringLiteral("Pulsebox Server Kit"));
-    }
-
-    // Server Info follows every pick of a row: enabled only when no run goes or Cancel was pressed.
-    void rowPickRule()
-    {
-        Lab lab("127.0.23.", 4);
-        QVERIFY(lab.started);
-        auto *list = child<ItemList>(lab.window, "serverList_");
-        auto *serverInfo = lab.button("serverInfoButton_");
-        bool offWhileRunning = false, onAfterCancel = false;
-        lab.env.echo.onSend = [&] {
-            if (lab.env.echo.sent.size() == 3) {
-                list->selectRow(0);  // a row of this run
-                offWhileRunning = !serverInfo->isEnabled();
-                lab.button("cancelButton_")->click();
-                QTest::keyClick(list, Qt::Key_Down);
-                onAfterCancel = serverInfo->isEnabled();
-            }
-        };
-        QTest::mouseClick(lab.button("refreshButton_"), Qt::LeftButton);
-        QVERIFY(offWhileRunning && onAfterCancel);
-        QVERIFY(serverInfo->isEnabled());  // the end of the run leaves it as the pick made it
     }
 
     // The splash holds the start-up for about two seconds, or until it is clicked.
@@ -280,11 +254,11 @@ private slots:
         int ticks = 0;
         connect(&ticker, &Ticker::timeout, this, [&ticks] { ++ticks; });
         ticker.setInterval(1000);
-        const double cpuBefore = cpuSeconds();
+        const std::clock_t cpuBefore = std::clock();  // this process's processor time
         QElapsedTimer clock;
         clock.start();
         waitUntil([&ticks] { return ticks >= 2; });
-        const double cpu = cpuSeconds() - cpuBefore;
+        const double cpu = static_cast<double>(std::clock() - cpuBefore) / CLOCKS_PER_SEC;
         QVERIFY(clock.elapsed() >= 1900);
         qInfo() << "CPU over a two-tick wait:" << cpu * 1000 << "ms";
         QVERIFY2(cpu < 0.1, "a two-second wait must stay well under 5% of a core");

@@ -29,11 +29,8 @@ private slots:
     {
         const QString row = ServerRow::format(45, false, QStringLiteral("1.2.3.4:27910"), QStringLiteral("My Server"),
                                               QStringLiteral("3.19"), QStringLiteral("q2dm1"), QStringLiteral("3/ 8"));
-        const QString one = ServerRow::withHops(row, 1);
-        QCOMPARE(one, row.left(58) + QStringLiteral(" -   1 ") + row.mid(65));
-        QCOMPARE(ServerRow::withHops(row, 0).mid(58, 7), QStringLiteral(" -     "));
-        QCOMPARE(ServerRow::withHops(row, 123).mid(58, 7), QStringLiteral(" - 123 "));
-        QCOMPARE(ServerRow::withHops(row, 1234).mid(58, 7), QStringLiteral(" - 234 "));
+        for (const auto &[hops, column] : {std::pair{0, " -     "}, {1, " -   1 "}, {123, " - 123 "}, {1234, " - 234 "}})
+            QCOMPARE(ServerRow::withHops(row, hops), row.left(58) + QLatin1String(column) + row.mid(65));
         QCOMPARE(ServerRow::withHops(QStringLiteral("short"), 5).size(), 65);
     }
 

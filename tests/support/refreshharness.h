@@ -66,8 +66,8 @@ struct RefreshHarness {
         QObject::connect(&session, &RefreshSession::progressChanged,
                          [this](int done, int total) { progress << qMakePair(done, total); });
     }
-    RefreshHarness(const QList<Demo::Server> &servers, const QStringList &listLines, double timeScale = 0.05)
-        : RefreshHarness(configOf(servers, listLines), timeScale) {}
+    RefreshHarness(const QList<Demo::Server> &servers, const QStringList &listLines)
+        : RefreshHarness(configOf(servers, listLines)) {}
 
     static Demo::Config configOf(const QList<Demo::Server> &servers, const QStringList &listLines)
     {
