@@ -1,6 +1,6 @@
 // Fast Refresh against the serial refresh: the same servers give the same table,
-// rows and log; a modern server silent below protocol 34 is heard; Cancel ends a
-// fast refresh at once.
+// rows and log, but for a modern server silent below protocol 34, which only the
+// fast one hears; Cancel ends a fast refresh at once.
 #include "support/refreshharness.h"
 
 #include "probes/address.h"
@@ -67,6 +67,10 @@ private slots:
         clock.start();
         const RefreshOutcome fast = w.run(false, true);
         const qint64 fastMs = clock.elapsed();
+        for (const auto &[text, index] : w.rows) {  // a fast-refreshed row points at its record, as any other
+            const ServerRec &rec = fast.servers[static_cast<size_t>(index)];
+            QVERIFY2(text.contains(AddressToDotted(rec.Address) + u':' + QString::number(rec.Port)), qPrintable(text));
+        }
         // The one server told apart on purpose: the modern one, silent below protocol 34,
         // is heard by the engine's version probe only. Everything else is equal.
         RefreshOutcome fastRest = fast, serialRest = serial;
@@ -74,7 +78,8 @@ private slots:
             const auto row = std::find_if(o->rows.begin(), o->rows.end(),
                                           [](const QString &r) { return r.contains(QStringLiteral("127.0.41.11:")); });
             QVERIFY(row != o->rows.end());
-            QVERIFY2(row->contains(o == &fastRest ? QStringLiteral("Modern Times") : QStringLiteral(" - No ")), qPrintable(*row));
+            QVERIFY2(o == &fastRest ? row->contains(QStringLiteral("Modern Times")) && row->contains(QStringLiteral("- 3.19"))
+                                    : row->contains(QStringLiteral(" - No ")), qPrintable(*row));
             o->rows.erase(row);
             const auto rec = std::find_if(o->servers.begin(), o->servers.end(),
                                           [](const ServerRec &r) { return r.Address == DottedToAddress(QStringLiteral("127.0.41.11")); });
@@ -113,30 +118,6 @@ private slots:
         QVERIFY(serialFavs.logSelection < serialFavs.log.size() - 1);
         QCOMPARE(fastFavs.count, QStringLiteral("0"));
 
-    }
-
-    void modernServerSilentBelow34IsListedByName()
-    {
-        Demo::Config c;
-        c.httpPort = 0;
-        Demo::Server modern;
-        modern.address = QHostAddress(QStringLiteral("127.0.42.1"));
-        modern.protocol = QStringLiteral("q2pro");
-        modern.hostName = QStringLiteral("Modern Times");
-        modern.map = QStringLiteral("q2dm1");
-        c.servers = {modern};
-        c.listLines = {QStringLiteral("127.0.42.1")};
-        RefreshHarness w(c, 0.05);
-        QVERIFY(w.started);
-        const QStringList rows = w.run(false, true).rows;
-        QCOMPARE(rows.size(), 1);
-        QVERIFY2(rows[0].contains(QStringLiteral("Modern Times")) && rows[0].contains(QStringLiteral("3.19")), qPrintable(rows[0]));
-        // A fast-refreshed row points at its record, as any other.
-        QCOMPARE(w.rows[0].second, 1);
-        QCOMPARE(AddressToDotted(w.session.table().Servers[1].Address), QStringLiteral("127.0.42.1"));
-        QCOMPARE(w.session.table().Servers[1].Port, 27910);
-        const QString serialRow = w.run(false, false).rows.value(0);  // the serial probe hears nothing
-        QVERIFY2(serialRow.contains(QStringLiteral(" - No ")), qPrintable(serialRow));
     }
 
     void cancelEndsAFastRefreshAtOnce()

@@ -98,12 +98,8 @@ namespace MainWindowDriver {
 ItemList *serverList(MainWindow &window);
 // A Fav Refresh without favorites: the list's commands (Add to Favorites, Count Hops) are offered.
 void offerListCommands(MainWindow &window);
-// A record in the server table and a row pointing at it; returns the row.
-int addServer(MainWindow &window, const ServerRec &record, const QString &rowText);
 void doubleClickRow(MainWindow &window, int row);
-void addToFavorites(MainWindow &window, int row);  // selects the row, clicks Add to Favorites
 void trigger(MainWindow &window, const char *actionName);
-void addFavorite(MainWindow &window, const QString &address, const QString &description);
 QStringList favoriteAddresses(const MainWindow &window);
 }
 
