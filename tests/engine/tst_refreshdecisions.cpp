@@ -109,34 +109,6 @@ private slots:
         QVERIFY(!Probe::WithinLimit(230.51, QStringLiteral("230.5")));
         QVERIFY(!Probe::WithinLimit(1, QStringLiteral("none")));  // no number: every server too slow
     }
-
-    // An echo series stops at the first failure; the server table keeps a spare record.
-    void echoSeriesAndServerTable()
-    {
-        Probe::EchoSeries s;
-        s.wanted = 3;
-        s.add(1, 0, 40);
-        QVERIFY(!s.done());
-        s.add(0, 11010, 0);
-        QVERIFY(s.done() && s.failed());
-        QCOMPARE(s.lastStatus, 11010u);
-        QCOMPARE(s.ping(), 40.0);  // what was measured stays, the series still fails
-
-        Probe::EchoSeries router;  // a router's answer counts as a reply with its status
-        router.add(1, 11013, 3);
-        QVERIFY(router.done() && router.failed());
-
-        ServerTable t;
-        ServerRec rec;
-        rec.Port = 1;
-        QCOMPARE(t.appendServer(rec), 1);
-        QCOMPARE(t.appendServer(rec), 2);
-        QCOMPARE(t.Servers.size(), size_t(4));
-        QVERIFY(t.Servers[0] == ServerRec{} && t.Servers[3] == ServerRec{});
-        t.clearServers();
-        QCOMPARE(t.ServerCount, 0);
-        QCOMPARE(t.Servers.size(), size_t(1));
-    }
 };
 
 QTEST_GUILESS_MAIN(TestRefreshDecisions)

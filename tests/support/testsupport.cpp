@@ -1,7 +1,6 @@
 #include "support/testsupport.h"
 
 #include "probes/address.h"
-#include "serverlist/refreshdecisions.h"
 #include "shell/itemlist.h"
 #include "shell/mainwindow.h"
 #include "shell/seams.h"

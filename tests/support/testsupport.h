@@ -18,13 +18,11 @@ class MainWindow;
 class ScriptedPrompter : public Prompter {
 public:
     struct Shown {
-        Shown(QString kind, QString text, QString title, Icon icon = Icon::None, QString defaultText = {})
-            : kind(kind), text(text), title(title), icon(icon), defaultText(defaultText) {}
         QString kind;  // "message", "question", "input", "open" or "save"
         QString text;
         QString title;
-        Icon icon;
-        QString defaultText;  // of an input box
+        Icon icon = Icon::None;
+        QString defaultText = {};  // of an input box
     };
     QList<Shown> shown;
     QList<bool> answers;     // for the questions, in order; No once they run out
@@ -43,12 +41,10 @@ public:
 class ScriptedEcho : public EchoService {
 public:
     struct Outcome {
-        Outcome(int result, quint32 status, quint32 rtt, QString from = {})
-            : result(result), status(status), rtt(rtt), from(from) {}
         int result;
         quint32 status;
         quint32 rtt;
-        QString from;  // dotted address of who answered; empty for the destination itself
+        QString from = {};  // dotted address of who answered; empty for the destination itself
     };
     QHash<QString, QList<Outcome>> script;  // consumed in order; the last one repeats
     QList<QPair<QString, int>> sent;        // destination and time-to-live of every call
