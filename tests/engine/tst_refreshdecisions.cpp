@@ -1,6 +1,7 @@
 // The probe's decisions as both refresh paths use them.
 #include "probes/gamequery.h"
 #include "serverlist/refreshdecisions.h"
+#include "shell/wiretext.h"
 
 #include <QtTest>
 
@@ -14,6 +15,7 @@ using Answers = std::function<QString(int protocol)>;  // what a server says to 
 const QString kHeader(4, QChar(0xFF));
 QString wrong() { return kHeader + QStringLiteral("info\nHost: wrong version\n"); }
 QString info(const char *name) { return kHeader + QStringLiteral("info\n%1    q2dm1  2/ 8\n").arg(QLatin1String(name)); }
+QString wire(const char *bytes, qsizetype size = -1) { return WireText::fromBytes(size < 0 ? QByteArray(bytes) : QByteArray(bytes, size)); }
 
 struct Verdict {
     QString version, infoLine;
@@ -77,6 +79,19 @@ private slots:
         QCOMPARE(serial(gap).version, QStringLiteral("3.15"));
     }
 
+    // The other answers and the query bytes are checked as a server sends and receives them, in tst_gamequeries.
+    void answersTurnedIntoText()
+    {
+        QVERIFY(GameQuery::datagram(0).isEmpty() && GameQuery::datagram(5).isEmpty());  // modes that send nothing
+        QCOMPARE(GameQuery::infoLine(wire("x\n\x01\x7f\x80\x99\xff", 8)), wire("\x7f\x80\xff"));
+        // Short, pairless and unterminated status answers still give the two headings; player lines end in CR LF.
+        const QString headings = QStringLiteral("SERVER STATUS:\r\n\r\nPLAYER STATUS:\r\n");
+        QCOMPARE(GameQuery::serverInfoText(wire("\xff\xff\xff\xffprint\n")), headings);
+        QCOMPARE(GameQuery::serverInfoText(wire("\xff\xff\xff\xffprint\nno pairs here\n0 9 \"P\"\n")),
+                 headings + QStringLiteral("0 9 \"P\"\r\n"));
+        QCOMPARE(GameQuery::serverInfoText(wire("\xff\xff\xff\xffprint\n\\a\\1")), headings + QStringLiteral("\\a\\1"));
+    }
+
     void typedNumbers()
     {
         for (const auto &[text, value] : QList<std::pair<QString, double>>{
@@ -93,34 +108,6 @@ private slots:
         QVERIFY(Probe::WithinLimit(230.5, QStringLiteral("230.5")));
         QVERIFY(!Probe::WithinLimit(230.51, QStringLiteral("230.5")));
         QVERIFY(!Probe::WithinLimit(1, QStringLiteral("none")));  // no number: every server too slow
-    }
-
-    // An echo series stops at the first failure; the server table keeps a spare record.
-    void echoSeriesAndServerTable()
-    {
-        Probe::EchoSeries s;
-        s.wanted = 3;
-        s.add(1, 0, 40);
-        QVERIFY(!s.done());
-        s.add(0, 11010, 0);
-        QVERIFY(s.done() && s.failed());
-        QCOMPARE(s.lastStatus, 11010u);
-        QCOMPARE(s.ping(), 40.0);  // what was measured stays, the series still fails
-
-        Probe::EchoSeries router;  // a router's answer counts as a reply with its status
-        router.add(1, 11013, 3);
-        QVERIFY(router.done() && router.failed());
-
-        ServerTable t;
-        ServerRec rec;
-        rec.Port = 1;
-        QCOMPARE(t.appendServer(rec), 1);
-        QCOMPARE(t.appendServer(rec), 2);
-        QCOMPARE(t.Servers.size(), size_t(4));
-        QVERIFY(t.Servers[0] == ServerRec{} && t.Servers[3] == ServerRec{});
-        t.clearServers();
-        QCOMPARE(t.ServerCount, 0);
-        QCOMPARE(t.Servers.size(), size_t(1));
     }
 };
 

@@ -26,8 +26,8 @@ int main(int argc, char *argv[])
     TestEnvironment env(1.0);
     Seams::setEcho(nullptr);  // the real echo service
     auto window = newMainWindow();
-    window->findChild<QPushButton *>(QStringLiteral("favRefreshButton_"))->click();  // no favorites: offers Count Hops
-    auto *list = window->findChild<ItemList *>(QStringLiteral("serverList_"));
+    MainWindowDriver::offerListCommands(*window);
+    ItemList *list = MainWindowDriver::serverList(*window);
     ServerRec rec;
     rec.Address = DottedToAddress(QString::fromLatin1(argv[1]));
     rec.Port = 27910;

@@ -1,6 +1,7 @@
 #include "support/testsupport.h"
 
 #include "probes/address.h"
+#include "probes/hopsearch.h"
 #include "probes/hoptrace.h"
 #include "probes/timeouts.h"
 #include "serverlist/refreshdecisions.h"
@@ -10,14 +11,12 @@
 #include "shell/serverrow.h"
 
 #include <QAction>
-#include <QFrame>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
 #include <QThread>
 #include <QTimer>
-#include <QProgressBar>
 #include <QtTest>
 
 using namespace Qt::StringLiterals;
@@ -31,10 +30,7 @@ const Outcome kSilent{0, 11010, 0};
 // The main window over a server table as a refresh leaves it. Ticks run at their
 // real pace, so the tick rule only fires where a test makes the probes slow.
 struct Hops {
-    explicit Hops(double timeScale = 1.0) : env(timeScale)
-    {
-        QTest::mouseClick(button("favRefreshButton_"), Qt::LeftButton);  // no favorites: the list's commands are offered
-    }
+    explicit Hops(double timeScale = 1.0) : env(timeScale) { MainWindowDriver::offerListCommands(*window); }
     TestEnvironment env;
     std::unique_ptr<MainWindow> window = newMainWindow();
     ItemList *list = window->findChild<ItemList *>(u"serverList_"_s);
@@ -42,9 +38,7 @@ struct Hops {
     QLineEdit *ttl = window->findChild<QLineEdit *>(u"ttlEdit_"_s);
 
     QPushButton *button(const char *name) const { return window->findChild<QPushButton *>(QLatin1String(name)); }
-    QWidget *control(const char *name) const { return window->findChild<QWidget *>(QLatin1String(name)); }
     QString status() const { return window->findChild<QLabel *>(u"statusLabel_"_s)->text(); }
-    bool pingMenuEnabled() const { return window->findChild<QMenu *>(u"pingMenu_"_s)->menuAction()->isEnabled(); }
     // One record and its row; the ping orders the rows.
     void add(qint64 ping, const char *dotted, qint32 port, bool favorite, qint32 hops = 0)
     {
@@ -53,14 +47,12 @@ struct Hops {
         r.Port = port;
         r.PingMs = qint32(ping);
         r.Hops = hops;
-        r.HostName = ServerRow::pad(QStringLiteral("Arena"), 50);
-        r.Version = ServerRow::pad(QStringLiteral("3.20"), 5);
+        r.HostName = ServerRow::pad(u"Arena"_s, 50);
+        r.Version = ServerRow::pad(u"3.20"_s, 5);
         r.IsFavorite = favorite ? 1 : 0;
-        const qint32 k = window->servers().appendServer(r);
-        const QString row = ServerRow::format(ping, favorite, QStringLiteral("%1:%2").arg(QLatin1String(dotted)).arg(port),
-                                              QStringLiteral("Arena"), QStringLiteral("3.20"), QStringLiteral("q2dm1"),
-                                              QStringLiteral(" 0/ 8"));
-        list->setRowData(list->addRow(row), k);
+        const QString row = ServerRow::format(ping, favorite, u"%1:%2"_s.arg(QLatin1String(dotted)).arg(port), u"Arena"_s,
+                                              u"3.20"_s, u"q2dm1"_s, u" 0/ 8"_s);
+        list->setRowData(list->addRow(row), window->servers().appendServer(r));
     }
     void run(bool yes = true)
     {
@@ -79,13 +71,12 @@ struct Hops {
     }
     void verifyRestored() const
     {
-        QCOMPARE(status(), QStringLiteral("Done..."));
-        QVERIFY(!button("cancelButton_")->isEnabled());
+        QCOMPARE(status(), u"Done..."_s);
+        QVERIFY(!button("cancelButton_")->isEnabled() && !button("serverInfoButton_")->isEnabled());
         for (const char *name : {"refreshButton_", "countHopsButton_", "ttlEdit_", "pingLimitEdit_"})
-            QVERIFY2(control(name)->isEnabled(), name);
-        QVERIFY(!button("serverInfoButton_")->isEnabled());
-        QVERIFY(pingMenuEnabled());
-        QVERIFY(control("progressBar_")->isHidden());
+            QVERIFY2(window->findChild<QWidget *>(QLatin1String(name))->isEnabled(), name);
+        QVERIFY(window->findChild<QMenu *>(u"pingMenu_"_s)->menuAction()->isEnabled());
+        QVERIFY(window->findChild<QWidget *>(u"progressBar_"_s)->isHidden());
         QVERIFY(window->activity().isIdle());
     }
 };
@@ -99,9 +90,8 @@ private slots:
         Hops h;
         h.add(10, "127.0.60.1", 27910, false);
         h.add(20, "127.0.60.2", 27910, false);
-        h.env.echo.script[QStringLiteral("127.0.60.2")] = {router("127.0.61.1"), router("127.0.61.2", 6),
-                                                           router("127.0.61.3", 7), arrives(12)};
-        h.logList->addRow(QStringLiteral("from the refresh"));
+        h.env.echo.script[u"127.0.60.2"_s] = {router("127.0.61.1"), router("127.0.61.2", 6), router("127.0.61.3", 7), arrives(12)};
+        h.logList->addRow(u"from the refresh"_s);
         h.list->selectRow(1);
         QVERIFY(h.button("serverInfoButton_")->isEnabled());  // Count Hops disables it
         h.run();
@@ -110,29 +100,23 @@ private slots:
         const ScriptedPrompter::Shown &asked = h.env.prompts.shown[0];
         QCOMPARE(QStringList({asked.kind, asked.text, asked.title}),
                  QStringList({u"question"_s, u"This may take a long time.  Are you sure?"_s, u"Are you sure?"_s}));
-
-        QCOMPARE(h.log(), (QStringList{QStringLiteral("Trace Route: Hop 1 127.0.60.1 time=10 ms."),
-                                       QStringLiteral("Trace Route: Hop 1 127.0.61.1 time=5 ms."),
-                                       QStringLiteral("Trace Route: Hop 2 127.0.61.2 time=6 ms."),
-                                       QStringLiteral("Trace Route: Hop 3 127.0.61.3 time=7 ms."),
-                                       QStringLiteral("Trace Route: Hop 4 127.0.60.2 time=12 ms.")}));
+        QCOMPARE(h.log(), (QStringList{u"Trace Route: Hop 1 127.0.60.1 time=10 ms."_s, u"Trace Route: Hop 1 127.0.61.1 time=5 ms."_s,
+                                       u"Trace Route: Hop 2 127.0.61.2 time=6 ms."_s, u"Trace Route: Hop 3 127.0.61.3 time=7 ms."_s,
+                                       u"Trace Route: Hop 4 127.0.60.2 time=12 ms."_s}));
         QCOMPARE(h.logList->selectedRow(), 4);  // the newest line selected
-        const QString a = QStringLiteral("127.0.60.1"), b = QStringLiteral("127.0.60.2");
-        const QList<QPair<QString, int>> sent{{a, 1}, {b, 1}, {b, 2}, {b, 3}, {b, 4}};
-        QCOMPARE(h.env.echo.sent, sent);
-        QCOMPARE(h.hopColumn(0), u" -   1 "_s);
-        QCOMPARE(h.hopColumn(1), u" -   4 "_s);
-        QVERIFY(h.list->rowText(0).endsWith(QStringLiteral(" 0/ 8")));
+        const QString a = u"127.0.60.1"_s, b = u"127.0.60.2"_s;
+        QCOMPARE(h.env.echo.sent, (QList<QPair<QString, int>>{{a, 1}, {b, 1}, {b, 2}, {b, 3}, {b, 4}}));
+        QCOMPARE(QStringList({h.hopColumn(0), h.hopColumn(1)}), QStringList({u" -   1 "_s, u" -   4 "_s}));
+        QVERIFY(h.list->rowText(0).endsWith(u" 0/ 8"_s));
         QCOMPARE(h.hops(), (QList<qint32>{1, 4}));
-        QCOMPARE(h.window->findChild<QLineEdit *>(u"serverAddressEdit_"_s)->text(), QStringLiteral("127.0.60.2"));
-        QVERIFY(h.control("hopsHeader_")->isVisible());
+        QCOMPARE(h.window->findChild<QLineEdit *>(u"serverAddressEdit_"_s)->text(), b);
+        QVERIFY(h.window->findChild<QWidget *>(u"hopsHeader_"_s)->isVisible());
         h.verifyRestored();
 
-        // No: only the status line changes.
-        h.run(false);
+        h.run(false);  // No: only the status line changes
         QCOMPARE(h.log().size(), 5);
         QCOMPARE(h.env.echo.sent.size(), 5);
-        QCOMPARE(h.status(), QStringLiteral("Done..."));
+        QCOMPARE(h.status(), u"Done..."_s);
 
         // An empty list: no probe, the controls restored all the same.
         h.window->servers().clearServers();
@@ -150,16 +134,13 @@ private slots:
     {
         Hops h(0.01);
         h.add(10, "127.0.60.3", 27910, false);
-        h.env.echo.script[QStringLiteral("127.0.60.3")] = {router("127.0.61.1"), kSilent, kSilent, kSilent, kSilent,
-                                                           kSilent, kSilent, router("127.0.61.3"), arrives()};
+        h.env.echo.script[u"127.0.60.3"_s] = {router("127.0.61.1"), kSilent, kSilent, kSilent, kSilent, kSilent, kSilent,
+                                               router("127.0.61.3"), arrives()};
         h.env.echo.onSend = [] { QThread::msleep(15); };
         h.run();
-        QCOMPARE(h.log(), (QStringList{QStringLiteral("Trace Route: Hop 1 127.0.61.1 time=5 ms."),
-                                       QStringLiteral("Trace Route: Hop 2 *.*.*.* time=*** ms."),
-                                       QStringLiteral("Trace Route: Hop 3 127.0.61.3 time=5 ms."),
-                                       QStringLiteral("Trace Route: Hop 4 *.*.*.* time=*** ms."),
-                                       QStringLiteral("Trace Route: Hop 5 127.0.60.3 time=9 ms."),
-                                       QStringLiteral("Trace Route: Hop 6 *.*.*.* time=*** ms.")}));
+        QCOMPARE(h.log(), (QStringList{u"Trace Route: Hop 1 127.0.61.1 time=5 ms."_s, u"Trace Route: Hop 2 *.*.*.* time=*** ms."_s,
+                                       u"Trace Route: Hop 3 127.0.61.3 time=5 ms."_s, u"Trace Route: Hop 4 *.*.*.* time=*** ms."_s,
+                                       u"Trace Route: Hop 5 127.0.60.3 time=9 ms."_s, u"Trace Route: Hop 6 *.*.*.* time=*** ms."_s}));
         QList<int> ttls;
         for (const auto &s : h.env.echo.sent)
             ttls << s.second;
@@ -174,7 +155,7 @@ private slots:
     void pingRunTickLimit()
     {
         TestEnvironment env(0.01);
-        env.echo.script[QStringLiteral("127.0.60.8")] = {kSilent};
+        env.echo.script[u"127.0.60.8"_s] = {kSilent};
         env.echo.onSend = [] { QThread::msleep(15); };
         int probes = 0;
         HopTrace::Hooks hooks;
@@ -187,35 +168,49 @@ private slots:
         QCOMPARE(lines, QStringList{u"Trace Route: Hop 1 *.*.*.* time=*** ms."_s});
     }
 
+    // No reply never reaches the server, even when it names it; past 255 the byte keeps its last value.
+    void hopSearchEdges()
+    {
+        const qint32 server = DottedToAddress(u"127.0.40.9"_s);
+        HopSearch search(server, 5);
+        search.record(false, server, 0, 0);
+        QVERIFY(!search.reached());
+        HopSearch endless(server, 0);
+        for (int i = 0; i < 200; ++i)
+            endless.record(true, DottedToAddress(u"127.0.41.1"_s), 1, 1);  // two steps per probe
+        QCOMPARE(endless.counter(), 401);
+        QCOMPARE(endless.ttl(), 255);
+        QVERIFY(endless.goOn(401, false) && !endless.goOn(400, false));
+    }
+
     // The bound is read after every probe; text that is no number counts as 0.
     void boundFromTxTTL()
     {
         Hops h;
         h.add(10, "127.0.60.4", 27910, false, 7);
         h.add(20, "127.0.60.5", 27910, false, 7);
-        h.env.echo.script[QStringLiteral("127.0.60.4")] = {router("127.0.61.1")};
-        h.env.echo.script[QStringLiteral("127.0.60.5")] = {kSilent};
+        h.env.echo.script[u"127.0.60.4"_s] = {router("127.0.61.1")};
+        h.env.echo.script[u"127.0.60.5"_s] = {kSilent};
         for (const char *text : {"0", "abc"}) {
             h.env.echo.sent.clear();
             h.ttl->setText(QLatin1String(text));
             h.run();
             QCOMPARE(h.env.echo.sent.size(), 2);  // one probe per server
             QCOMPARE(h.hops(), (QList<qint32>{1, 0}));
-            QCOMPARE(h.hopColumn(0), u" -   1 "_s);
-            QCOMPARE(h.hopColumn(1), u" -     "_s);
+            QCOMPARE(QStringList({h.hopColumn(0), h.hopColumn(1)}), QStringList({u" -   1 "_s, u" -     "_s}));
             QCOMPARE(h.ttl->text(), QLatin1String(text));
         }
         // Edited during the run: the trace stops once the counter passes the new value.
         // (A silent server would be retried until the tick rule fires, seconds later.)
-        h.env.echo.script.remove(QStringLiteral("127.0.60.5"));
-        h.ttl->setText(QStringLiteral("90"));
+        h.env.echo.script.remove(u"127.0.60.5"_s);
+        h.ttl->setText(u"90"_s);
         h.env.echo.sent.clear();
         h.env.echo.onSend = [&h] {
             if (h.env.echo.sent.size() == 2)
-                h.ttl->setText(QStringLiteral("2"));
+                h.ttl->setText(u"2"_s);
         };
         h.run();
-        QCOMPARE(h.env.echo.sent.value(2).first, QStringLiteral("127.0.60.5"));
+        QCOMPARE(h.env.echo.sent.value(2).first, u"127.0.60.5"_s);
         QCOMPARE(h.hops(), (QList<qint32>{2, 1}));  // 127.0.60.4 only ever answers from a router
     }
 
@@ -228,7 +223,7 @@ private slots:
         h.add(20, "127.0.60.6", 27910, false, 9);
         h.add(30, "127.0.60.6", 27911, false, 9);
         h.add(40, "127.0.60.7", 27910, true, 9);
-        h.env.echo.script[QStringLiteral("127.0.60.6")] = {arrives(), router("127.0.61.1"), arrives()};
+        h.env.echo.script[u"127.0.60.6"_s] = {arrives(), router("127.0.61.1"), arrives()};
         h.run();
         // The favorite row's trace answers at once. Both web-list rows trace the
         // address; the last trace (answered at once) sets both records, while the
@@ -244,8 +239,7 @@ private slots:
         Hops h;
         for (int i = 1; i <= 5; ++i)
             h.add(10 * i, qPrintable(u"127.0.60.1%1"_s.arg(i)), 27910, false, 7);
-        h.env.echo.script[QStringLiteral("127.0.60.13")] = {router("127.0.61.1"), router("127.0.61.2"), router("127.0.61.3"),
-                                                           arrives()};
+        h.env.echo.script[u"127.0.60.13"_s] = {router("127.0.61.1"), router("127.0.61.2"), router("127.0.61.3"), arrives()};
         h.env.echo.onSend = [&h] {
             if (h.env.echo.sent.size() == 4)  // the second probe of the third server
                 QTimer::singleShot(0, h.button("cancelButton_"), &QPushButton::click);

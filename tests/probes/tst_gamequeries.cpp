@@ -76,23 +76,20 @@ private slots:
         }
     }
 
-    void silentMalformedAndLateServers()
+    void silentAndLateServers()
     {
         TestEnvironment env;
         GameQueryChannel channel(env.prompts);
-        const auto silent = fake("127.0.10.6", "silent"), broken = fake("127.0.10.7", "nolf");
-        const auto slow = fake("127.0.10.8", "34", 300);  // two ticks are 100 ms here
-        QVERIFY(silent && broken && slow);
+        const auto silent = fake("127.0.10.6", "silent"), slow = fake("127.0.10.8", "34", 300);  // two ticks are 100 ms here
+        QVERIFY(silent && slow);
         QElapsedTimer clock;
         clock.start();
-        auto result = channel.versionProbe(QStringLiteral("127.0.10.6"), QStringLiteral("27910"));
+        const auto result = channel.versionProbe(QStringLiteral("127.0.10.6"), QStringLiteral("27910"));
         QVERIFY(clock.elapsed() >= 90);  // waited out its two ticks
         QCOMPARE(Timeouts::kQueryTicks, 2);
         QCOMPARE(result.version, QStringLiteral("3.14"));
         QCOMPARE(result.infoLine, QStringLiteral("No data returned"));
         QCOMPARE(silent->received.size(), 1);
-        result = channel.versionProbe(QStringLiteral("127.0.10.7"), QStringLiteral("27910"));
-        QCOMPARE(result.infoLine, QStringLiteral("Malformed data returned"));
 
         // A late answer stays until the next query.
         QVERIFY(channel.query(QStringLiteral("127.0.10.8"), QStringLiteral("27910"), 4).isEmpty());
@@ -140,7 +137,6 @@ private slots:
     void popUpTextFollowsTheWindowSize()
     {
         StatusPopup pop;
-        QCOMPARE(pop.size(), QSize(153, 97));
         pop.resize(300, 200);
         pop.show();
         QTRY_COMPARE(pop.findChild<QWidget *>(QStringLiteral("playersText_"))->geometry(), pop.rect());  // no empty strips at the edges

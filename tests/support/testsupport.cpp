@@ -1,7 +1,6 @@
 #include "support/testsupport.h"
 
 #include "probes/address.h"
-#include "serverlist/refreshdecisions.h"
 #include "shell/itemlist.h"
 #include "shell/mainwindow.h"
 #include "shell/seams.h"
@@ -129,14 +128,6 @@ void offerListCommands(MainWindow &window)
     window.findChild<QPushButton *>(QStringLiteral("favRefreshButton_"))->click();
 }
 
-int addServer(MainWindow &window, const ServerRec &record, const QString &rowText)
-{
-    const int index = window.servers().appendServer(record);
-    const int row = serverList(window)->addRow(rowText);
-    serverList(window)->setRowData(row, index);
-    return row;
-}
-
 void doubleClickRow(MainWindow &window, int row)
 {
     ItemList *list = serverList(window);
@@ -145,22 +136,9 @@ void doubleClickRow(MainWindow &window, int row)
     QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, at);
 }
 
-void addToFavorites(MainWindow &window, int row)
-{
-    serverList(window)->selectRow(row);
-    window.findChild<QPushButton *>(QStringLiteral("addFavoriteButton_"))->click();
-}
-
 void trigger(MainWindow &window, const char *actionName)
 {
     window.findChild<QAction *>(QLatin1String(actionName))->trigger();
-}
-
-void addFavorite(MainWindow &window, const QString &address, const QString &description)
-{
-    QList<Favorite> favorites = window.favorites();
-    favorites.append({address, description});
-    window.setFavorites(favorites);
 }
 
 QStringList favoriteAddresses(const MainWindow &window)

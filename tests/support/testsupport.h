@@ -18,13 +18,11 @@ class MainWindow;
 class ScriptedPrompter : public Prompter {
 public:
     struct Shown {
-        Shown(QString kind, QString text, QString title, Icon icon = Icon::None, QString defaultText = {})
-            : kind(kind), text(text), title(title), icon(icon), defaultText(defaultText) {}
         QString kind;  // "message", "question", "input", "open" or "save"
         QString text;
         QString title;
-        Icon icon;
-        QString defaultText;  // of an input box
+        Icon icon = Icon::None;
+        QString defaultText = {};  // of an input box
     };
     QList<Shown> shown;
     QList<bool> answers;     // for the questions, in order; No once they run out
@@ -43,12 +41,10 @@ public:
 class ScriptedEcho : public EchoService {
 public:
     struct Outcome {
-        Outcome(int result, quint32 status, quint32 rtt, QString from = {})
-            : result(result), status(status), rtt(rtt), from(from) {}
         int result;
         quint32 status;
         quint32 rtt;
-        QString from;  // dotted address of who answered; empty for the destination itself
+        QString from = {};  // dotted address of who answered; empty for the destination itself
     };
     QHash<QString, QList<Outcome>> script;  // consumed in order; the last one repeats
     QList<QPair<QString, int>> sent;        // destination and time-to-live of every call
@@ -98,12 +94,8 @@ namespace MainWindowDriver {
 ItemList *serverList(MainWindow &window);
 // A Fav Refresh without favorites: the list's commands (Add to Favorites, Count Hops) are offered.
 void offerListCommands(MainWindow &window);
-// A record in the server table and a row pointing at it; returns the row.
-int addServer(MainWindow &window, const ServerRec &record, const QString &rowText);
 void doubleClickRow(MainWindow &window, int row);
-void addToFavorites(MainWindow &window, int row);  // selects the row, clicks Add to Favorites
 void trigger(MainWindow &window, const char *actionName);
-void addFavorite(MainWindow &window, const QString &address, const QString &description);
 QStringList favoriteAddresses(const MainWindow &window);
 }
 
