@@ -234,6 +234,36 @@ private slots:
     }
 
     // Cancel ends the run after the server being traced, whose count is kept.
+    // While Count Hops runs only Cancel, Fav Refresh, Add to Favorites and Fast Refresh
+    // stay usable; a Fav Refresh pressed then leaves Count Hops cancellable and the
+    // window still refusing to close.
+    void favRefreshInsideCountHops()
+    {
+        Hops h;
+        h.add(10, "127.0.60.21", 27910, false);
+        h.add(20, "127.0.60.22", 27910, false);
+        h.env.echo.script[u"127.0.60.21"_s] = {router("127.0.61.1"), router("127.0.61.2"), arrives()};
+        bool checked = false;
+        h.env.echo.onSend = [&h, &checked] {
+            if (h.env.echo.sent.size() != 2)
+                return;
+            QTimer::singleShot(0, [&h, &checked] {
+                QVERIFY(h.button("cancelButton_")->isEnabled() && h.button("favRefreshButton_")->isEnabled());
+                QVERIFY(!h.button("refreshButton_")->isEnabled() && !h.button("countHopsButton_")->isEnabled());
+                QVERIFY(!h.ttl->isEnabled());
+                QTest::mouseClick(h.button("favRefreshButton_"), Qt::LeftButton);  // no favorites: ends at once
+                QVERIFY(h.button("cancelButton_")->isEnabled() && !h.button("countHopsButton_")->isEnabled());
+                QVERIFY(!h.window->close());
+                QVERIFY(h.window->windowTitle().endsWith(u"CAN'T CLOSE BEFORE CANCEL!"_s));
+                h.button("cancelButton_")->click();
+                checked = true;
+            });
+        };
+        h.run();
+        QVERIFY(checked);
+        h.verifyRestored();
+    }
+
     void cancelDuringTheThirdOfFive()
     {
         Hops h;
