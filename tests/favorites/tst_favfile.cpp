@@ -1,3 +1,4 @@
+#include "../support/filesizelimit.h"
 #include "favorites/favfile.h"
 
 #include <QDir>
@@ -5,9 +6,6 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <csignal>
-#include <sys/resource.h>
-#include <utility>
 
 class TestFavFile : public QObject {
     Q_OBJECT
@@ -72,17 +70,11 @@ private slots:
             QVERIFY(!WriteFileAtomically(path, "new", &error) && !error.isEmpty());
         QFile::setPermissions(dir.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 
-        // A full disk: no file may grow past 4 bytes, whoever we are.
-        std::signal(SIGXFSZ, SIG_IGN);
-        rlimit limit{};
-        getrlimit(RLIMIT_FSIZE, &limit);
-        const rlim_t previous = std::exchange(limit.rlim_cur, 4);
-        setrlimit(RLIMIT_FSIZE, &limit);
         error.clear();
-        const bool written = WriteFileAtomically(path, "a longer new file\r\n", &error);
-        limit.rlim_cur = previous;
-        setrlimit(RLIMIT_FSIZE, &limit);
-        QVERIFY(!written && !error.isEmpty());
+        {
+            FileSizeLimit fullDisk(4);
+            QVERIFY(!WriteFileAtomically(path, "a longer new file\r\n", &error) && !error.isEmpty());
+        }
 
         QVERIFY(!WriteFileAtomically(dir.filePath(QStringLiteral("missing/x.fav")), "new", &error));  // no such folder
         QCOMPARE(contents(), QByteArray("old\r\nfile\r\n"));

@@ -1,4 +1,5 @@
 #pragma once
+#include "support/filesizelimit.h"
 #include "launch/programstarter.h"
 #include "probes/echoservice.h"
 #include "shell/serverrow.h"
@@ -106,16 +107,3 @@ void trigger(MainWindow &window, const char *actionName);
 void addFavorite(MainWindow &window, const QString &address, const QString &description);
 QStringList favoriteAddresses(const MainWindow &window);
 }
-
-// While it lives, no file may grow past `bytes`: writes beyond fail with EFBIG,
-// as on a full disk, even for root.
-class FileSizeLimit {
-public:
-    explicit FileSizeLimit(long bytes);
-    ~FileSizeLimit();
-    FileSizeLimit(const FileSizeLimit &) = delete;
-    FileSizeLimit &operator=(const FileSizeLimit &) = delete;
-
-private:
-    unsigned long previous_;
-};
