@@ -9,34 +9,16 @@ QByteArray header(qint32 p, qint32 n) { return PingList::kMagic + le32(p) + le32
 // Two players of N servers each, names and records all different.
 MatcherData twoPlayers(int n)
 {
-    MatcherData d;
-    d.PlayerCount = 2;
-    d.MatchServerCount = n;
-    d.recreateNames(2);
-    d.recreateLists(2, n);
-    d.PlayerNames[1] = PingList::fixedName(QStringLiteral("Alice"));
-    d.PlayerNames[2] = PingList::fixedName(QStringLiteral("Bob \u00e9\u20ac"));
-    for (int s = 1; s <= n; ++s) {
-        ServerRec &r = d.PlayerLists[1][static_cast<size_t>(s)];
-        r.Address = DottedToAddress(QStringLiteral("127.0.50.1"));
-        r.Port = 27900 + s;
-        r.PingMs = 10 * s;
-        r.Hops = s;
-        r.HostName = QStringLiteral("Arena").leftJustified(50);
-        r.Version = QStringLiteral("3.19 ");
-        r.IsFavorite = qint16(s % 2);
-        d.PlayerLists[2][static_cast<size_t>(s)].PingMs = 20 * s;
-        d.PlayerLists[2][static_cast<size_t>(s)].Hops = s + 1;
-    }
+    QList<std::pair<int, int>> first, second;
+    for (int s = 1; s <= n; ++s)
+        first << std::pair(s, 10 * s), second << std::pair(s + 1, 20 * s);
+    MatcherData d = matcherData({{QStringLiteral("Alice"), first}, {QStringLiteral("Bob \u00e9\u20ac"), second}});
+    for (int s = 1; s <= n; ++s)
+        d.record(1, s)->IsFavorite = qint16(s % 2);
     return d;
 }
 
-MatcherData earlier()
-{
-    MatcherData d = twoPlayers(1);
-    d.PlayerNames[1] = PingList::fixedName(QStringLiteral("Earlier"));
-    return d;
-}
+MatcherData earlier() { return matcherData({{QStringLiteral("Earlier"), {{0, 0}}}}); }
 }
 
 class TestPingList : public QObject {
