@@ -189,18 +189,9 @@ private slots:
     {
         const QString nuls(50, QChar(0));
         Bar b({{u"127.0.0.5:0"_s, nuls}, {u"Q2.Example.ORG"_s, u"  Named  "_s}, {u"127.0.0.7:27911"_s, u"Seven"_s}});
-        QCOMPARE(b.buttons().size(), 3);
-        const QStringList captions{u"127.0.0.5:0"_s, u"Named"_s, u"Seven"_s};
-        for (int i = 0; i < 3; ++i) {
-            QPushButton *button = b.buttons()[i];
-            QCOMPARE(button->text(), captions[i]);
-            QVERIFY(button->isVisible());
-            QCOMPARE(button->mapTo(b.bar, QPoint(0, 0)), Twips::rect(120, 240 + 545 * i, 1695, 495).topLeft());
-            QCOMPARE(button->font().pointSizeF(), 6.75);
-        }
+        // Captions and how each favorite reads are tested without windows; the heights
+        // follow the count.
         QCOMPARE(b.bar->height(), Twips::px(930 + 1090));
-        QCOMPARE(child<QFrame>(*b.bar, "frame_")->height(), b.bar->height() - (Twips::px(930) - Twips::px(855)));
-        QVERIFY(b.bar->windowFlags().testFlag(Qt::FramelessWindowHint));
 
         // A port of 0 or none is the game's; a host name is not looked up. The prompt
         // carries the 50-character description, padding included.
