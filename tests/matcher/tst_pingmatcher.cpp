@@ -27,15 +27,6 @@ MatchGrid *grid(const QWidget &w) { return child<MatchGrid>(w, "matchGrid_"); }
 QPushButton *button(const QWidget &w, const char *name) { return child<QPushButton>(w, name); }
 QLabel *label(const QWidget &w, const char *name) { return child<QLabel>(w, name); }
 
-// Every cell of column `col` in the data rows, in the order shown.
-QStringList column(const QWidget &w, int col)
-{
-    QStringList cells;
-    for (int r = 1; r < grid(w)->gridRows(); ++r)
-        cells << grid(w)->cellText(r, col);
-    return cells;
-}
-
 QList<QStringList> rows(const QWidget &w)
 {
     QList<QStringList> all;
@@ -46,6 +37,15 @@ QList<QStringList> rows(const QWidget &w)
         all << cells;
     }
     return all;
+}
+
+// Every cell of column `col` in the data rows, in the order shown.
+QStringList column(const QWidget &w, int col)
+{
+    QStringList cells;
+    for (const QStringList &row : rows(w))
+        cells << row[col];
+    return cells;
 }
 
 struct Matcher {
