@@ -54,8 +54,6 @@ struct Editing {
     QPointer<FavoritesDialog> editor;
     QSignalSpy saved{editor.data(), &FavoritesDialog::favoritesSaved};
 };
-
-QList<Favorite> favorites(const QByteArray &file) { return FavFile::parse(file); }
 }
 
 class TestFavorites : public QObject {
@@ -70,29 +68,24 @@ private slots:
         addListedServer(*w, "127.0.18.2", 0);
         addListedServer(*w, "127.0.18.3", 27910, u"Fav"_s, true);
 
-        w->findChild<QPushButton *>(u"addFavoriteButton_"_s)->click();
+        MainWindowDriver::addToFavorites(*w, -1);
         QCOMPARE(env.prompts.texts(), QStringList{u"Pick a server from the list first."_s});
         QCOMPARE(env.prompts.shown[0].title, u"Pulsebox"_s);
 
-        MainWindowDriver::serverList(*w)->selectRow(0);
-        w->findChild<QPushButton *>(u"addFavoriteButton_"_s)->click();
+        MainWindowDriver::addToFavorites(*w, 0);
         const QByteArray first = "127.0.18.1:27910\r\nPulse Arena" + QByteArray(39, ' ') + "\r\n";
         QCOMPARE(readFile(FavFile::kName), first);
-        MainWindowDriver::serverList(*w)->selectRow(1);
-        w->findChild<QPushButton *>(u"addFavoriteButton_"_s)->click();
+        MainWindowDriver::addToFavorites(*w, 1);
+        MainWindowDriver::addToFavorites(*w, 1);  // no mark on the row: the same server again
         const QByteArray second = "127.0.18.2\r\n" + QByteArray(50, '\0') + "\r\n";
-        w->findChild<QPushButton *>(u"addFavoriteButton_"_s)->click();  // no mark on the row: the same server again
         QCOMPARE(readFile(FavFile::kName), first + second + second);
-
-        MainWindowDriver::serverList(*w)->selectRow(2);
-        w->findChild<QPushButton *>(u"addFavoriteButton_"_s)->click();
+        MainWindowDriver::addToFavorites(*w, 2);
         QCOMPARE(env.prompts.texts().last(), u"Already a Favorite"_s);
 
         // A write that fails (a full disk) leaves the file and the lists as they were.
-        MainWindowDriver::serverList(*w)->selectRow(0);
         {
             FileSizeLimit full(10);
-            w->findChild<QPushButton *>(u"addFavoriteButton_"_s)->click();
+            MainWindowDriver::addToFavorites(*w, 0);
         }
         QVERIFY(env.prompts.texts().last().startsWith(u"Could not save the favorites to Pulsebox.fav"_s));
         QCOMPARE(readFile(FavFile::kName), first + second + second);
@@ -101,7 +94,7 @@ private slots:
         MainWindowDriver::trigger(*w, "favoritesAction_");
         auto *editor = w->findChild<FavoritesDialog *>();
         QVERIFY(editor && editor->isVisible() && editor->windowTitle() == u"Favorites"_s);
-        QCOMPARE(editor->workingCopy(), favorites(first + second + second));
+        QCOMPARE(editor->workingCopy(), FavFile::parse(first + second + second));
         child<ItemList>(*editor, "favoritesList_")->selectRow(1);
         QTest::mouseClick(child<QPushButton>(*editor, "deleteButton_"), Qt::LeftButton);
         QTest::mouseClick(child<QPushButton>(*editor, "closeButton_"), Qt::LeftButton);
@@ -133,7 +126,7 @@ private slots:
         const QByteArray written = " 127.0.1.1:27999 \r\nFirst\r\nhost.example:27911\r\nThird  \r\n";
         QCOMPARE(readFile(FavFile::kName), written);
         QCOMPARE(e.saved.size(), 1);
-        QCOMPARE(e.saved[0][0].value<QList<Favorite>>(), favorites(written));
+        QCOMPARE(e.saved[0][0].value<QList<Favorite>>(), FavFile::parse(written));
     }
 
     void addManuallyAndDialogClosedByItsWindowControl()

@@ -1,8 +1,8 @@
 #include "support/dialogsupport.h"
 #include "support/testsupport.h"
 
-#include "favorites/favfile.h"
 #include "launch/gamelauncher.h"
+#include "launch/gamepath.h"
 #include "launch/settingsdialog.h"
 
 #include <QAction>
@@ -67,18 +67,17 @@ private slots:
         QCOMPARE(env.starter.started[0].program, game);
     }
 
-    void startUpReadsBothFiles()
+    // Start-up reading the favorites is tested with them.
+    void startUpReadsTheGamePath()
     {
         TestEnvironment env;
         const QString game = env.dir.filePath(u"QUAKE2.EXE"_s);
         writeFile(game);
         writeFile(u"Pulsebox.cfg"_s, game.toLocal8Bit() + "\r\nignored\r\n");
-        writeFile(FavFile::kName, "1.2.3.4\r\nOne\r\n");
         {
             MainWindow w;
             w.start();
             QCOMPARE(w.gamePath(), game);
-            QCOMPARE(MainWindowDriver::favoriteAddresses(w), QStringList{u"1.2.3.4"_s});
         }
         // Leading blanks are part of the path that must exist, so this line does not qualify.
         writeFile(u"Pulsebox.cfg"_s, " " + game.toLocal8Bit() + "\r\n");
@@ -135,6 +134,20 @@ private slots:
         MainWindowDriver::serverList(*w)->addRow(u"000 - a row without a record"_s);
         MainWindowDriver::doubleClickRow(*w, 0);
         QCOMPARE(env.prompts.shown.last().text, u"Pick a server from the list first."_s);
+    }
+
+    // The separator scan's edges (the launch above sees the usual paths) and a config
+    // line the code page cannot hold, which must survive a save and a restart.
+    void separatorScanAndConfigEncoding()
+    {
+        QCOMPARE(LastSeparatorPosition(u"quake2.exe"_s), 1);
+        QCOMPARE(LastSeparatorPosition(u"a/"_s), 1);  // the last character is never looked at
+        QCOMPARE(LastSeparatorPosition(QString()), -1);
+        QCOMPARE(GameConfig::firstLine(QByteArray()), QString());
+        const QString cyrillic = u"/home/\u0438\u0433\u0440\u044b/quake2.exe"_s;
+        QCOMPARE(GameConfig::firstLine(GameConfig::serialize(cyrillic)), cyrillic);
+        QCOMPARE(GameConfig::serialize(u"/jeux/\u00e9t\u00e9/quake2.exe"_s), QByteArray("/jeux/\xe9t\xe9/quake2.exe\r\n"));
+        QCOMPARE(GameConfig::firstLine("/jeux/\xe9t\xe9/quake2.exe\r\n"), u"/jeux/\u00e9t\u00e9/quake2.exe"_s);
     }
 };
 

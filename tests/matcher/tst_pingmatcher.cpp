@@ -3,11 +3,10 @@
 #include "support/testsupport.h"
 
 #include "matcher/matchgrid.h"
+#include "matcher/matchnumbers.h"
 #include "matcher/pingmatcherdialog.h"
 #include "shell/ticker.h"
 
-#include <QAction>
-#include <QApplication>
 #include <QGroupBox>
 #include <QHeaderView>
 #include <QLabel>
@@ -18,6 +17,7 @@
 
 #include <memory>
 
+using namespace MatchNumbers;
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -26,15 +26,6 @@ QString dotted(int s) { return u"127.0.%1.%1"_s.arg(s); }
 MatchGrid *grid(const QWidget &w) { return child<MatchGrid>(w, "matchGrid_"); }
 QPushButton *button(const QWidget &w, const char *name) { return child<QPushButton>(w, name); }
 QLabel *label(const QWidget &w, const char *name) { return child<QLabel>(w, name); }
-
-// Every cell of column `col` in the data rows, in the order shown.
-QStringList column(const QWidget &w, int col)
-{
-    QStringList cells;
-    for (int r = 1; r < grid(w)->gridRows(); ++r)
-        cells << grid(w)->cellText(r, col);
-    return cells;
-}
 
 QList<QStringList> rows(const QWidget &w)
 {
@@ -46,6 +37,15 @@ QList<QStringList> rows(const QWidget &w)
         all << cells;
     }
     return all;
+}
+
+// Every cell of column `col` in the data rows, in the order shown.
+QStringList column(const QWidget &w, int col)
+{
+    QStringList cells;
+    for (const QStringList &row : rows(w))
+        cells << row[col];
+    return cells;
 }
 
 struct Matcher {
@@ -78,9 +78,7 @@ private slots:
         QCOMPARE(rows(w)[0].mid(1), (QStringList{u"12.85"_s, u".000"_s, u"1"_s}));
         QCOMPARE(rows(w)[1].mid(1), (QStringList{u"."_s, u".000"_s, u"2"_s}));
         QVERIFY(g->isColumnHidden(3));
-        QCOMPARE(g->colWidthTwips(1), 795);
-        QCOMPARE(w.widthTwips(), 5160);
-        QCOMPARE(g->widthTwips(), 795 + 2895);
+        QCOMPARE(w.widthTwips(), 795 + 4365);
         QVERIFY(child<QRadioButton>(w, "hopsFirstOption_")->isChecked());
         QVERIFY(button(w, "saveButton_")->isHidden());
 
@@ -221,6 +219,10 @@ private slots:
         QCOMPARE(child<Ticker>(w, "busyTicker_")->interval(), 0);
         QCOMPARE(label(w, "statusLabel_")->text(), QString());
         QVERIFY(!w.isPinging() && w.cursor().shape() != Qt::WaitCursor);
+        // Save writes every player (a load opening the matcher is tested with the files).
+        m.env.prompts.fileNames = {u"friends.Pbx"_s};
+        QTest::mouseClick(button(w, "saveButton_"), Qt::LeftButton);
+        QCOMPARE(readFile(u"friends.Pbx"_s), PingList::matcherBytes(m.data));
 
         // A run made while Pings only shows still fills in Hops first; a cancelled name
         // box gives "Unknown".
@@ -276,33 +278,108 @@ private slots:
         QVERIFY(!w.isVisible());
     }
 
-    // File, Load opens the matcher modally on what it read and returns once it is closed.
-    void openedModallyBySaveThenLoad()
+    // The window's tests see the worked example on screen: .877 by hops, 12.222 by pings.
+    void factors()
     {
-        Matcher m({{u"Alice"_s, {{12, 85}, {7, 15}}}, {u"Bob"_s, {{12, 90}, {8, 33}}}});
-        m.env.echo.script[dotted(2)] = {{1, 0, 48}, {1, 0, 48}, {1, 0, 48}, {1, 11013, 4, u"127.9.0.1"_s}, {1, 0, 48}};
-        m.env.prompts.inputs = {u"Carol"_s};
-        QTest::mouseClick(button(*m.w, "pingButton_"), Qt::LeftButton);
-        m.env.prompts.fileNames = {u"friends.Pbx"_s};
-        QTest::mouseClick(button(*m.w, "saveButton_"), Qt::LeftButton);
-        QCOMPARE(*m.data.record(3, 2), [] { ServerRec r; r.Hops = 2; r.PingMs = 48; return r; }());
-        QCOMPARE(readFile(u"friends.Pbx"_s).size(), 20 + 3 * (15 + 73 * 2));
+        // Order does not matter; exactly half a thousandth rounds up (P = 2: 0.001 apart).
+        QCOMPARE(Match::factor({14060, 12085, 12090}), u".877"_s);
+        QCOMPARE(Match::factor({12085, 12086}), u".001"_s);
+        QCOMPARE(Match::factor({0, 1, 1, 1}), u".000"_s);  // 0.000375
+        // One player, none, or equal players: a perfect match.
+        for (auto [h, t] : {std::pair{12, 85}, {0, 0}, {250, 999}, {-3, 7}})
+            for (MatchMode mode : {MatchMode::HopsFirst, MatchMode::PingsOnly})
+                QCOMPARE(Match::factor({Match::comparison(mode, h, t)}), u".000"_s);
+        QCOMPARE(Match::factor({}), u".000"_s);
+        QCOMPARE(Match::factor({9040, 9040, 9040}), u".000"_s);
+        // A zero record takes part with value 0: 12.085 and 0 are 6.0425 away from their mean.
+        QCOMPARE(Match::factor({12085, 0}), u"6.043"_s);
+        QCOMPARE(Match::factor({Match::comparison(MatchMode::PingsOnly, 12, 100),
+                                Match::comparison(MatchMode::PingsOnly, 3, 300)}), u"100.000"_s);
+    }
 
-        m.w.reset();
-        auto main = newMainWindow();
-        m.env.prompts.fileNames = {u"friends.Pbx"_s};
-        bool sawModal = false;
-        QTimer::singleShot(0, [&] {
-            auto *w = qobject_cast<PingMatcherDialog *>(QApplication::activeModalWidget());
-            sawModal = w && w->isVisible() && w->widthTwips() == 3 * 795 + 4365
-                && grid(*w)->cellText(0, 3) == u"Carol"_s.leftJustified(15) && !button(*w, "saveButton_")->isVisible();
-            if (w)
-                QTest::mouseClick(button(*w, "cancelButton_"), Qt::LeftButton);
-        });
-        MainWindowDriver::trigger(*main, "loadAction_");
-        QVERIFY(sawModal);
-        QVERIFY(!QApplication::activeModalWidget());
-        QCOMPARE(main->matcherData(), m.data);
+    void cellsAndComparisonValues()
+    {
+        const struct {
+            MatchMode mode;
+            int hops, ms;
+            const char16_t *cell;
+            Milli comparison;
+        } cases[] = {
+            // 5 ms at 12 hops reads as 12.5, and the comparison keeps the 5 in the thousandths.
+            // Nothing measured is a lone point, value 0, or nothing in Pings only. A second and
+            // more spills over ("12.1235"). Damaged files may hold negative numbers: the texts
+            // read as far as they form a number. The largest values do not overflow.
+            {MatchMode::HopsFirst, 12, 5, u"12.5", 12005}, {MatchMode::HopsFirst, 0, 0, u".", 0},
+            {MatchMode::PingsOnly, 0, 0, u"", 0},          {MatchMode::HopsFirst, 12, 1235, u"12.124", 12124},
+            {MatchMode::HopsFirst, 0, 7, u".7", 7},        {MatchMode::HopsFirst, 3, 0, u"3.", 3000},
+            {MatchMode::HopsFirst, 12, -5, u"12.", 12000}, {MatchMode::HopsFirst, -5, 90, u"-5.9", -5090},
+            {MatchMode::HopsFirst, 2147483647, 2147483647, u"2147483647.215", 2147483647215LL},
+        };
+        for (const auto &c : cases) {
+            QCOMPARE(Match::display(c.mode, c.hops, c.ms), QString::fromUtf16(c.cell));
+            QCOMPARE(Match::comparison(c.mode, c.hops, c.ms), c.comparison);
+        }
+    }
+
+    void formatsAtTheirBoundaries()
+    {
+        const struct {
+            Milli value;
+            const char16_t *decimals, *thousands;
+        } cases[] = {
+            {0, u".", u".000"},          {500, u".5", u".500"},      {12000, u"12.", u"12.000"},
+            {12850, u"12.85", u"12.850"}, {1, u".001", u".001"},     {250, u".25", u".250"},
+            {1000, u"1.", u"1.000"},     {999999, u"999.999", u"999.999"},
+            {-500, u"-.5", u"-.500"},    {-12085, u"-12.085", u"-12.085"},
+            // Rounding on the way in: halves away from zero, decided on the text's digits.
+            {read(u"0.0005"), u".001", u".001"},    {read(u"0.0004999"), u".", u".000"},
+            {read(u"999.9995"), u"1000.", u"1000.000"}, {read(u"999.9994"), u"999.999", u"999.999"},
+            {read(u"-0.0005"), u"-.001", u"-.001"}, {read(u"12.0855"), u"12.086", u"12.086"},
+            {read(u".87666666"), u".877", u".877"},
+        };
+        for (const auto &c : cases) {
+            QCOMPARE(hashDecimals(c.value), QString::fromUtf16(c.decimals));
+            QCOMPARE(hashThousands(c.value), QString::fromUtf16(c.thousands));
+        }
+        const QStringList whole{hashWhole(0), hashWhole(7), hashWhole(1000), hashWhole(-5)};
+        QCOMPARE(whole, (QStringList{QString(), u"7"_s, u"1000"_s, u"-5"_s}));
+        const QStringList padded{zeroPadded(0), zeroPadded(12), zeroPadded(1234), zeroPadded(-5)};
+        QCOMPARE(padded, (QStringList{u"000"_s, u"012"_s, u"1234"_s, u"-005"_s}));
+    }
+
+    void readingTexts()
+    {
+        const std::pair<const char16_t *, Milli> cases[] = {
+            {u"12.85 ms", 12850}, {u"12.", 12000}, {u".5", 500}, {u"+7", 7000}, {u"-.25x", -250},
+            {u"", 0}, {u".", 0}, {u"-", 0}, {u"abc", 0}, {u" 12", 0}, {u"-.", 0}, {u"x12", 0},
+            {u"99999999999999999999999", 1'000'000'000'000'000LL},  // held, no overflow
+        };
+        for (auto [text, value] : cases)
+            QCOMPARE(read(QStringView(text)), value);
+    }
+
+    void numericOrder()
+    {
+        for (const char16_t *text : {u".877", u"12", u" -3.5 "})
+            QVERIFY(looksNumeric(text));
+        for (const char16_t *text : {u"", u".", u"12 ms"})
+            QVERIFY(!looksNumeric(text));
+        // As numbers, not as texts, beyond three decimals too; for the generic order,
+        // numbers before texts and texts without regard to case.
+        const struct {
+            const char16_t *a, *b;
+            int numeric, generic;
+        } cases[] = {
+            {u"9", u"10", -1, -1}, {u".877", u"1.000", -1, -1}, {u"2.5", u"2.50", 0, 0}, {u"007", u"7", 0, 0},
+            {u"-0", u"0", 0, 0}, {u"-2", u"-10", 1, 1}, {u"1.0001", u"1.0002", -1, -1}, {u"10", u"9.5", 1, 1},
+            {u"999", u"abc", 2, -1}, {u"", u"1", 2, 1}, {u"Arena", u"arena", 2, 0}, {u"arena", u"Base", 2, -1},
+        };
+        const auto sign = [](int v) { return (v > 0) - (v < 0); };
+        for (const auto &c : cases) {
+            if (c.numeric != 2)
+                QCOMPARE(sign(compareNumeric(c.a, c.b)), c.numeric);
+            QCOMPARE(sign(compareGeneric(c.a, c.b)), c.generic);
+        }
     }
 };
 

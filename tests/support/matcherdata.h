@@ -1,6 +1,5 @@
 #pragma once
-// Ping-list bytes and matcher data as the tests build them. Header-only, so that
-// the core tests can use it without the windows' support library.
+// Ping-list bytes and matcher data as the tests build them.
 #include "pinglists/pinglist.h"
 #include "probes/address.h"
 #include "shell/serverrow.h"

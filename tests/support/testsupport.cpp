@@ -156,24 +156,3 @@ std::unique_ptr<MainWindow> newMainWindow()
     window->show();
     return window;
 }
-
-#include <csignal>
-#include <sys/resource.h>
-
-FileSizeLimit::FileSizeLimit(long bytes)
-{
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit limit{};
-    getrlimit(RLIMIT_FSIZE, &limit);
-    previous_ = limit.rlim_cur;
-    limit.rlim_cur = static_cast<rlim_t>(bytes);
-    setrlimit(RLIMIT_FSIZE, &limit);
-}
-
-FileSizeLimit::~FileSizeLimit()
-{
-    rlimit limit{};
-    getrlimit(RLIMIT_FSIZE, &limit);
-    limit.rlim_cur = previous_;
-    setrlimit(RLIMIT_FSIZE, &limit);
-}

@@ -1,4 +1,5 @@
 #pragma once
+#include "support/filesizelimit.h"
 #include "launch/programstarter.h"
 #include "probes/echoservice.h"
 #include "shell/serverrow.h"
@@ -98,16 +99,3 @@ void doubleClickRow(MainWindow &window, int row);
 void trigger(MainWindow &window, const char *actionName);
 QStringList favoriteAddresses(const MainWindow &window);
 }
-
-// While it lives, no file may grow past `bytes`: writes beyond fail with EFBIG,
-// as on a full disk, even for root.
-class FileSizeLimit {
-public:
-    explicit FileSizeLimit(long bytes);
-    ~FileSizeLimit();
-    FileSizeLimit(const FileSizeLimit &) = delete;
-    FileSizeLimit &operator=(const FileSizeLimit &) = delete;
-
-private:
-    unsigned long previous_;
-};
