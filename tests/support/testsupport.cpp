@@ -128,6 +128,12 @@ void offerListCommands(MainWindow &window)
     window.findChild<QPushButton *>(QStringLiteral("favRefreshButton_"))->click();
 }
 
+void addToFavorites(MainWindow &window, int row)
+{
+    serverList(window)->selectRow(row);
+    window.findChild<QPushButton *>(QStringLiteral("addFavoriteButton_"))->click();
+}
+
 void doubleClickRow(MainWindow &window, int row)
 {
     ItemList *list = serverList(window);

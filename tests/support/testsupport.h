@@ -96,6 +96,7 @@ ItemList *serverList(MainWindow &window);
 // A Fav Refresh without favorites: the list's commands (Add to Favorites, Count Hops) are offered.
 void offerListCommands(MainWindow &window);
 void doubleClickRow(MainWindow &window, int row);
+void addToFavorites(MainWindow &window, int row);  // selects the row, clicks Add to Favorites
 void trigger(MainWindow &window, const char *actionName);
 QStringList favoriteAddresses(const MainWindow &window);
 }
