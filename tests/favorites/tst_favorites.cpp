@@ -23,6 +23,7 @@ struct Editing {
     {
         editor->show();
     }
+    ~Editing() { delete editor.data(); }  // a test that leaves the editor open
     ItemList *list() const { return child<ItemList>(*editor, "favoritesList_"); }
     void click(const char *button) { QTest::mouseClick(child<QPushButton>(*editor, button), Qt::LeftButton); }
     void deleteRow(int row)
