@@ -13,13 +13,13 @@ export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 
 echo "== plain build"
 scripts/build.sh build
-ctest --test-dir build --output-on-failure
+ctest --test-dir build --output-on-failure -j "$(nproc)"
 # The sanitizer build holds only the tests and what they run; -O1 keeps the instrumented
 # tests quick and -g1 (line tables only) keeps its links small, yet reports show file:line.
 echo "== AddressSanitizer + UndefinedBehaviorSanitizer build"
 scripts/build.sh build-asan -DPULSEBOX_SANITIZE=ON -DCMAKE_BUILD_TYPE=Debug "-DCMAKE_CXX_FLAGS_DEBUG=-O1 -g1" \
     -- pulsebox_tests
-ctest --test-dir build-asan --output-on-failure
+ctest --test-dir build-asan --output-on-failure -j "$(nproc)"
 echo "== Debian package: build, install, check, remove"
 scripts/package-check.sh build
 echo "== fuzz targets (clang; skipped where it cannot be had)"
