@@ -88,13 +88,13 @@ bool RefreshSession::run(const RefreshRequest &request)
         RefreshSession &session;
         ~Ending()
         {
-            session.phase_ = Phase::Idle;
+            session.running_ = false;
             session.cancelRequested_ = false;
             emit session.finished();
         }
     } ending{*this};
 
-    phase_ = Phase::Listing;
+    running_ = true;
     emit started();
     table_.clearServers();
 
@@ -110,7 +110,6 @@ bool RefreshSession::run(const RefreshRequest &request)
     emit statusChanged(u"Pinging...."_s);
     emit listCountChanged(static_cast<int>(listEntries.size()));
     yieldOnce();
-    phase_ = Phase::Probing;
     emit probingStarted();
 
     if (!withList)

@@ -34,8 +34,6 @@ struct RefreshRequest {
 class RefreshSession : public QObject {
     Q_OBJECT
 public:
-    enum class Phase { Idle, Listing, Probing };
-
     RefreshSession(Prompter &prompts, GameQueryChannel &queries, QObject *parent = nullptr);
     ~RefreshSession() override;
 
@@ -49,8 +47,7 @@ public:
     // Stops the probing after the server under way (the list fetch is not stopped).
     void cancel() { cancelRequested_ = true; }
     bool cancelRequested() const { return cancelRequested_; }
-    Phase phase() const { return phase_; }
-    bool isRunning() const { return phase_ != Phase::Idle; }
+    bool isRunning() const { return running_; }
 
     // The accepted servers of the last refresh; Count Hops fills in their hops.
     const ServerTable &table() const { return table_; }
@@ -90,6 +87,6 @@ private:
     bool engineUsesEcho_ = false;
     ListSource *source_;
     ServerTable table_;
-    Phase phase_ = Phase::Idle;
+    bool running_ = false;
     bool cancelRequested_ = false;
 };
