@@ -132,7 +132,9 @@ private slots:
             QCOMPARE(engine.results()[i].row, r[i].row);
     }
 
-    void withoutIcmpTheFirstQueryGivesTheRoundTrip()
+    // Without ICMP, "ping"s go one after another and the least "ack" is the round
+    // trip; a server that never acks is timed by its first answer.
+    void withoutIcmpPingAndAckGiveTheRoundTrip()
     {
         struct NoIcmp : EchoBatch {
             QString unavailableReason() override { return QStringLiteral("ICMP is not allowed here"); }
@@ -140,20 +142,38 @@ private slots:
             void clear() override {}
             int sent = 0;
         } batch;
-        Peer up("127.0.45.31", 27910), quiet("127.0.45.32", 27910);
-        up.onDatagram = [&](const QNetworkDatagram &q) { up.sendTo(infoAnswer("Up"), q); };
+        // Acks after 90, 40 and 70 ms; its info answer takes 250 ms to build.
+        Peer acking("127.0.45.31", 27910), quiet("127.0.45.32", 27910), noAck("127.0.45.33", 27910);
+        QList<QByteArray> pings;
+        acking.onDatagram = [&](const QNetworkDatagram &q) {
+            if (!q.data().endsWith("ping")) {
+                QTimer::singleShot(250, &acking.socket, [&acking, q] { acking.sendTo(infoAnswer("Up"), q); });
+                return;
+            }
+            pings << q.data();
+            const int delay = QList<int>{90, 40, 70}.value(pings.size() - 1, 0);
+            QTimer::singleShot(delay, &acking.socket, [&acking, q] { acking.sendTo(kHeader + "ack", q); });
+        };
+        noAck.onDatagram = [&](const QNetworkDatagram &q) {
+            if (!q.data().endsWith("ping"))
+                QTimer::singleShot(80, &noAck.socket, [&noAck, q] { noAck.sendTo(infoAnswer("Mute"), q); });
+        };
 
         ProbeEngine engine;
         QSignalSpy notices(&engine, &ProbeEngine::notice);
-        QVERIFY(runToEnd(engine, batch, 300, {{QStringLiteral("127.0.45.31"), false}, {QStringLiteral("127.0.45.32"), false}}));
+        QVERIFY(runToEnd(engine, batch, 600, {{QStringLiteral("127.0.45.31"), false}, {QStringLiteral("127.0.45.32"), false},
+                                              {QStringLiteral("127.0.45.33"), false}}));
         QCOMPARE(notices.size(), 1);
         const QString notice = notices[0][0].toString();
         QVERIFY(notice.startsWith(QStringLiteral("ICMP is not allowed here")) && notice == engine.rttNotice());
         QCOMPARE(batch.sent, 0);
-        const ProbeResult &a = engine.results()[0], &b = engine.results()[1];
-        QVERIFY(a.accepted && a.rttSource == RttSource::GameQuery && a.row.contains(QStringLiteral("Up")));
+        const ProbeResult &a = engine.results()[0], &b = engine.results()[1], &c = engine.results()[2];
+        QCOMPARE(pings, QList<QByteArray>(3, kHeader + "ping"));
+        QVERIFY2(a.accepted && a.rttSource == RttSource::UdpAck && a.ping >= 40 && a.ping < 70, qPrintable(a.row));
+        QVERIFY(a.row.contains(QStringLiteral("Up")));
         QVERIFY(!b.accepted);
         QCOMPARE(b.log, QStringList{QStringLiteral("Reply from 127.0.45.32: Failed code = 11010")});
+        QVERIFY2(c.accepted && c.rttSource == RttSource::GameQuery && c.ping >= 80 && c.ping < 250, qPrintable(c.row));
     }
 
     void manyEchoesAtOnceEachAnsweredOnceByItsToken()

@@ -112,6 +112,8 @@ QByteArray answerFor(const Server &server, const QByteArray &query)
     if (server.protocol == u"silent"_s || !query.startsWith(header))
         return {};
     const QByteArray text = query.mid(4).trimmed();
+    if (text == "ping")  // every server family answers it, whatever it speaks
+        return header + "ack";
     if (server.protocol == u"nolf"_s)  // a broken server: no line feed anywhere
         return header + "info " + latin1(server.hostName);
     if (text.startsWith("info")) {

@@ -121,6 +121,7 @@ QString rttSourceText(RttSource source)
 {
     switch (source) {
     case RttSource::Icmp: return u"icmp"_s;
+    case RttSource::UdpAck: return u"ack"_s;
     case RttSource::GameQuery: return u"query"_s;
     case RttSource::None: break;
     }
@@ -196,8 +197,9 @@ int run()
         {u"rate"_s, u"Packets per second, echoes and queries together (10 to 100000, default 8000)."_s,
          u"pps"_s},
         {u"timeout"_s, u"How long each query waits for its answer (50 to 60000 ms, default %1)."_s
-                           .arg(Timeouts::kQueryMs), u"ms"_s},
-        {u"retries"_s, u"Re-sends of an unanswered query within the time-out (0 to 9, default 1)."_s, u"n"_s},
+                           .arg(Timeouts::kEngineQueryMs), u"ms"_s},
+        {u"retries"_s, u"Re-sends of an unanswered query within the time-out (0 to 9, default %1)."_s
+                           .arg(Timeouts::kEngineQueryTries - 1), u"n"_s},
         {u"status"_s, u"Also ask each answering server for its settings and players."_s},
         {u"json"_s, u"Every server as a JSON object (an array on standard output)."_s},
     });

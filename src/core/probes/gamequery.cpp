@@ -18,6 +18,7 @@ QString datagram(int queryMode)
     case 3: return kHeader + QStringLiteral("info 33");
     case 4: return kHeader + QStringLiteral("info 34");
     case StatusMode: return kHeader + QStringLiteral("status");
+    case PingMode: return kHeader + QStringLiteral("ping");
     default: return {};
     }
 }
@@ -32,6 +33,11 @@ QString versionText(int queryMode)
     case 5: return QStringLiteral("3.20");
     default: return QStringLiteral("unkn");
     }
+}
+
+bool isAck(const QString &answer)
+{
+    return answer == kHeader + QStringLiteral("ack") || answer == kHeader + QStringLiteral("ack\n");
 }
 
 bool isWrongVersion(const QString &answer)

@@ -5,6 +5,9 @@
 // byte (see WireText), so the four 0xFF bytes are the characters U+00FF.
 namespace GameQuery {
 constexpr int StatusMode = 99;
+// "ping": every server family answers it at once with "ack", unlimited, so its round
+// trip measures the path and not the server's work (used where ICMP is not allowed).
+constexpr int PingMode = 98;
 
 // The datagram that QueryMode selects: four 0xFF bytes and the query text, nothing
 // after it; empty for a mode that sends nothing.
@@ -12,6 +15,8 @@ QString datagram(int queryMode);
 // The game version that a version probe ending at QueryMode stands for.
 QString versionText(int queryMode);
 bool isWrongVersion(const QString &answer);
+// The answer to PingMode: four 0xFF bytes and "ack", with or without a line feed.
+bool isAck(const QString &answer);
 // The info line of an info answer: "No data returned" when empty, "Malformed data
 // returned" without a line feed, else the printable text after the first line feed.
 QString infoLine(const QString &answer);

@@ -13,4 +13,9 @@ constexpr int kCountHopsTicks = 5;
 constexpr int kPingRunHopTicks = 15;  // the matcher's Ping run
 // The same wait in milliseconds, for those that listen without the timers.
 constexpr int kQueryMs = kQueryTicks * kTickMs;
+// The probe engine listens this long for each query's answer, sending it this many
+// times (evenly spaced) meanwhile: long enough for the slowest answer the
+// two-tick wait is sure to hear plus the demo's slowest server (1.3 s).
+constexpr int kEngineQueryMs = 1500;
+constexpr int kEngineQueryTries = 3;
 }

@@ -77,7 +77,8 @@ bool IcmpEchoBatch::open()
     const IcmpSocket socket = IcmpSocket::open(SOCK_NONBLOCK);
     if (socket.fd < 0) {
         reason_ = IcmpSocket::notAllowedText(
-            QStringLiteral("round trips are measured by each server's first game query instead"));
+            QStringLiteral("round trips are measured by the game's own ping and ack instead (by the first "
+                           "game query for a server that does not answer ping)"));
         return false;
     }
     fd_ = socket.fd;

@@ -38,6 +38,14 @@ struct ProbeEngine::Server {
     int duplicatesExpected = 0;  // answers to re-sends of the last query still to come
     QString lastAnswer;
     bool holdsKey = false;
+    // Without ICMP: "ping"s one after another while the version probe runs, each
+    // waiting for its "ack" before the next goes (an "ack" names no ping, so only one
+    // is ever out); the series ends at the first one unanswered.
+    bool acksStarted = false;
+    int acksLeft = 0;             // pings still to send
+    bool ackPending = false;      // a ping is out, its "ack" not yet in
+    qint64 ackSentNs = 0;
+    quint32 ackGeneration = 0;    // bumped when the ping out is answered or given up
 };
 
 QString ProbeSettings::check() const
@@ -235,7 +243,7 @@ void ProbeEngine::resolved(int index, const QString &address)
 void ProbeEngine::beginPing(int index)
 {
     servers_[static_cast<size_t>(index)].phase = Server::Phase::Pinging;
-    queuePacket(index, true);
+    queuePacket(index, Packet::Echo);
 }
 
 void ProbeEngine::echoAnswered(int token, int result, const EchoReply &reply)
@@ -247,7 +255,7 @@ void ProbeEngine::echoAnswered(int token, int result, const EchoReply &reply)
         return;
     s.series.add(result, reply.Status, reply.RoundTripTime);
     if (!s.series.done())
-        return queuePacket(token, true);
+        return queuePacket(token, Packet::Echo);
     judgePing(token);
 }
 
@@ -299,7 +307,66 @@ void ProbeEngine::beginQuery(int index, int mode)
     s.phase = Server::Phase::Querying;
     s.mode = mode == 0 ? s.version.mode() : mode;
     s.triesSent = 0;
-    queuePacket(index, false);
+    if (!icmp_ && !s.acksStarted) {  // the first ping goes just ahead of the first query
+        s.acksStarted = true;
+        s.acksLeft = settings_.ackPings;
+        sendAckPing(index);
+    }
+    queuePacket(index, Packet::Query);
+}
+
+void ProbeEngine::sendAckPing(int index)
+{
+    Server &s = servers_[static_cast<size_t>(index)];
+    s.ackPending = false;
+    if (s.acksLeft <= 0)
+        return;
+    --s.acksLeft;
+    queue_.push_back({index, s.ackGeneration, Packet::AckPing});
+    if (!pumpTimer_.isActive())
+        pumpTimer_.start(0);
+}
+
+void ProbeEngine::ackAnswered(int index)
+{
+    Server &s = servers_[static_cast<size_t>(index)];
+    s.ackPending = false;
+    ++s.ackGeneration;
+    const double ms = std::floor(static_cast<double>(clock_.nsecsElapsed() - s.ackSentNs) / kMs);
+    if (takePing(index, ms, RttSource::UdpAck))
+        sendAckPing(index);
+}
+
+void ProbeEngine::endAckPings(int index)
+{
+    Server &s = servers_[static_cast<size_t>(index)];
+    s.acksLeft = 0;
+    s.ackPending = false;
+    ++s.ackGeneration;
+}
+
+// A round trip measured without ICMP: an "ack" beats a game query's answer (which
+// includes the server's work), and the least "ack" counts. The first round trip
+// known is judged against the ping limit; false when that finished the server.
+bool ProbeEngine::takePing(int index, double ms, RttSource source)
+{
+    Server &s = servers_[static_cast<size_t>(index)];
+    ProbeResult &r = results_[index];
+    const bool better = r.rttSource == RttSource::None
+        || (source == RttSource::UdpAck && (r.rttSource != RttSource::UdpAck || ms < r.ping));
+    if (better) {
+        r.ping = ms;
+        r.rttSource = source;
+    }
+    if (s.pingKnown)
+        return true;
+    s.pingKnown = true;
+    if (r.ping <= settings_.pingLimit)
+        return true;
+    r.log << Probe::TimeLine(r.address, r.ping, settings_.ttlText);
+    releaseKey(index);
+    finishServer(index);
+    return false;
 }
 
 void ProbeEngine::releaseKey(int index)
@@ -319,7 +386,10 @@ void ProbeEngine::releaseKey(int index)
     beginQuery(nextIndex, servers_[static_cast<size_t>(nextIndex)].mode);
 }
 
-int ProbeEngine::socketOf(int mode) { return mode >= 1 && mode <= 4 ? mode - 1 : QuerySockets - 1; }
+int ProbeEngine::socketOf(int mode)
+{
+    return mode >= 1 && mode <= 4 ? mode - 1 : mode == GameQuery::PingMode ? 5 : 4;
+}
 
 void ProbeEngine::readDatagrams(int socket)
 {
@@ -340,6 +410,13 @@ void ProbeEngine::readDatagrams(int socket)
         }
         const int index = *it;
         Server &s = servers_[static_cast<size_t>(index)];
+        if (socket == socketOf(GameQuery::PingMode)) {
+            if (s.ackPending && GameQuery::isAck(WireText::fromBytes(datagram.data())))
+                ackAnswered(index);
+            else
+                ++foreign_;  // a late "ack", or no "ack" at all
+            continue;
+        }
         if (s.phase != Server::Phase::Querying || s.triesSent == 0 || socketOf(s.mode) != socket) {
             ++foreign_;
             continue;
@@ -362,17 +439,10 @@ void ProbeEngine::queryAnswered(int index, const QString &answer)
     ++s.generation;
     s.duplicatesExpected = s.triesSent - 1;
     s.lastAnswer = answer;
-    if (!s.pingKnown) {
-        // No ICMP here: the first answer's round trip stands for the ping.
-        r.ping = std::floor(static_cast<double>(clock_.nsecsElapsed() - s.firstSendNs) / kMs);
-        r.rttSource = RttSource::GameQuery;
-        s.pingKnown = true;
-        if (r.ping > settings_.pingLimit) {
-            r.log << Probe::TimeLine(r.address, r.ping, settings_.ttlText);
-            releaseKey(index);
-            return finishServer(index);
-        }
-    }
+    // No ICMP here, and no "ack" yet: the first answer's round trip stands for the ping.
+    if (!icmp_ && !takePing(index, std::floor(static_cast<double>(clock_.nsecsElapsed() - s.firstSendNs) / kMs),
+                            RttSource::GameQuery))
+        return;
     if (s.mode == GameQuery::StatusMode) {
         r.statusAnswer = answer;
         releaseKey(index);
@@ -409,6 +479,7 @@ void ProbeEngine::accept(int index)
 {
     Server &s = servers_[static_cast<size_t>(index)];
     ProbeResult &r = results_[index];
+    endAckPings(index);  // the row shows the round trip known now
     r.version = s.version.version();
     r.infoLine = s.version.infoLine();
     r.log << Probe::TimeLine(r.address, r.ping, settings_.ttlText, r.entry.favorite);
@@ -431,6 +502,7 @@ void ProbeEngine::finishServer(int index)
     Server &s = servers_[static_cast<size_t>(index)];
     s.phase = Server::Phase::Done;
     ++s.generation;
+    endAckPings(index);
     results_[index].done = true;
     ++completed_;
     --active_;
@@ -439,9 +511,9 @@ void ProbeEngine::finishServer(int index)
     startNext();
 }
 
-void ProbeEngine::queuePacket(int index, bool echo)
+void ProbeEngine::queuePacket(int index, Packet packet)
 {
-    queue_.push_back({index, servers_[static_cast<size_t>(index)].generation, echo});
+    queue_.push_back({index, servers_[static_cast<size_t>(index)].generation, packet});
     if (!pumpTimer_.isActive())
         pumpTimer_.start(0);
 }
@@ -457,10 +529,24 @@ void ProbeEngine::pump()
     while (running_ && queueHead_ < queue_.size() && tokens_ >= 1) {
         const Queued q = queue_[queueHead_++];
         Server &s = servers_[static_cast<size_t>(q.index)];
+        if (q.packet == Packet::AckPing) {
+            if (q.generation != s.ackGeneration || !s.holdsKey)
+                continue;
+            tokens_ -= 1;
+            const QByteArray ping = WireText::toBytes(GameQuery::datagram(GameQuery::PingMode));
+            s.ackSentNs = clock_.nsecsElapsed();
+            s.ackPending = true;
+            udp_[static_cast<size_t>(socketOf(GameQuery::PingMode))]->writeDatagram(ping, QHostAddress(s.ip), s.port);
+            // An "ack" is due within a re-send interval of the queries; a later one is
+            // dropped rather than taken for the answer to a later ping.
+            const qint64 wait = qint64(settings_.queryTimeoutMs) * kMs / settings_.tries;
+            deadlines_.emplace(s.ackSentNs + wait, Deadline{q.index, s.ackGeneration, true});
+            continue;
+        }
         if (q.generation != s.generation)
             continue;
         tokens_ -= 1;
-        if (q.echo) {
+        if (q.packet == Packet::Echo) {
             echo_->send(q.index, AddressFromHostOrder(s.ip), payload, settings_.ttl, settings_.echoTimeoutMs);
             continue;
         }
@@ -474,7 +560,7 @@ void ProbeEngine::pump()
         const qint64 window = qint64(settings_.queryTimeoutMs) * kMs;
         s.finalDeadline = s.triesSent >= settings_.tries;
         const qint64 at = s.firstSendNs + (s.finalDeadline ? window : window * s.triesSent / settings_.tries);
-        deadlines_.emplace(at, std::make_pair(q.index, s.generation));
+        deadlines_.emplace(at, Deadline{q.index, s.generation, false});
     }
     if (queueHead_ >= queue_.size()) {
         queue_.clear();
@@ -502,15 +588,20 @@ void ProbeEngine::expireDeadlines()
 {
     const qint64 now = clock_.nsecsElapsed();
     while (running_ && !deadlines_.empty() && deadlines_.begin()->first <= now) {
-        const auto [index, generation] = deadlines_.begin()->second;
+        const Deadline d = deadlines_.begin()->second;
         deadlines_.erase(deadlines_.begin());
-        Server &s = servers_[static_cast<size_t>(index)];
-        if (generation != s.generation || s.phase != Server::Phase::Querying)
+        Server &s = servers_[static_cast<size_t>(d.index)];
+        if (d.ackPing) {
+            if (d.generation == s.ackGeneration && s.ackPending)
+                endAckPings(d.index);
+            continue;
+        }
+        if (d.generation != s.generation || s.phase != Server::Phase::Querying)
             continue;
         if (s.finalDeadline)
-            queryTimedOut(index);
+            queryTimedOut(d.index);
         else
-            queuePacket(index, false);  // a re-send, paced like every packet
+            queuePacket(d.index, Packet::Query);  // a re-send, paced like every packet
     }
     armDeadlines();
 }

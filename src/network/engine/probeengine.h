@@ -44,8 +44,9 @@ struct ProbeSettings {
     QString ttlText = QStringLiteral("90");  // as typed: the log lines show it
     double pingLimit = 230;       // ms; a ping above it is only logged (equal is accepted)
     int echoTimeoutMs = Timeouts::kPingEchoMs;  // per echo
-    int queryTimeoutMs = Timeouts::kQueryMs;    // how long one info query listens for its answer, from its first send
-    int tries = 2;                // sends of one query inside queryTimeoutMs (the rest are re-sends)
+    int queryTimeoutMs = Timeouts::kEngineQueryMs;  // how long one info query listens for its answer, from its first send
+    int tries = Timeouts::kEngineQueryTries;        // sends of one query inside queryTimeoutMs (the rest are re-sends)
+    int ackPings = 3;             // without ICMP: "ping"s per server, one after another; the least round trip counts
     int rate = 8000;              // packets per second, echoes and queries together
     int inFlight = 1000;          // servers probed at the same time
     bool status = false;          // also ask every answering server for "status" (statusAnswer)
@@ -65,8 +66,10 @@ struct ProbeEntry {
     bool favorite = false;  // favorites get "Reply from Fav" and the " -*" row mark
 };
 
-// Where a result's round-trip time came from.
-enum class RttSource { None, Icmp, GameQuery };
+// Where a result's round-trip time came from: an ICMP echo, the game's own
+// "ping"/"ack" (where ICMP is not allowed), or the first game query's answer (a
+// server that does not answer "ping").
+enum class RttSource { None, Icmp, UdpAck, GameQuery };
 
 struct ProbeResult {
     ProbeEntry entry;
@@ -110,8 +113,8 @@ public:
 
     const QList<ProbeResult> &results() const { return results_; }
     int completed() const { return completed_; }
-    // Non-empty when ICMP is not allowed here: why, and that round trips come from
-    // the first game query instead (said once per run).
+    // Non-empty when ICMP is not allowed here: why, and how round trips are measured
+    // instead (said once per run).
     QString rttNotice() const { return rttNotice_; }
 
     // Datagrams dropped: from no server being queried, or answering a query of that
@@ -136,11 +139,16 @@ private:
     void readDatagrams(int socket);
     void queryAnswered(int index, const QString &answer);
     void queryTimedOut(int index);
+    void sendAckPing(int index);
+    void ackAnswered(int index);
+    void endAckPings(int index);
+    bool takePing(int index, double ms, RttSource source);
     void accept(int index);
     void releaseKey(int index);
     void finishServer(int index);
     void finishAll(bool cancelled);
-    void queuePacket(int index, bool echo);
+    enum class Packet { Echo, Query, AckPing };
+    void queuePacket(int index, Packet packet);
     void pump();
     void armDeadlines();
     void expireDeadlines();
@@ -149,10 +157,11 @@ private:
     ProbeSettings settings_;
     EchoBatch *echo_ = nullptr;
     std::unique_ptr<EchoBatch> ownEcho_;
-    // One UDP socket per query kind ("info 31" .. "info 34", "status"): the socket an
-    // answer arrives on says which query it answers, so a duplicate or late answer to
-    // an earlier query of the same server is never taken for the answer to a later one.
-    static constexpr int QuerySockets = 5;
+    // One UDP socket per query kind ("info 31" .. "info 34", "status", "ping"): the
+    // socket an answer arrives on says which query it answers, so a duplicate or late
+    // answer to an earlier query of the same server is never taken for the answer to a
+    // later one.
+    static constexpr int QuerySockets = 6;
     static int socketOf(int mode);
     std::array<QUdpSocket *, QuerySockets> udp_{};
     QList<ProbeResult> results_;
@@ -163,25 +172,31 @@ private:
     int foreign_ = 0;
     bool running_ = false;
     bool starting_ = false;
-    bool icmp_ = true;    // false: round trips from the first game query
+    bool icmp_ = true;    // false: round trips from "ping"/"ack" or the first game query
     QString rttNotice_;
     QList<int> lookups_;  // pending host look-up ids
     // Servers being queried, by address and port: one per key at a time.
     QHash<quint64, int> querying_;
     QHash<quint64, QList<int>> waitingForKey_;
-    // The send queue: (server index, echo?) in order; paced by a token bucket.
+    // The send queue, in order; paced by a token bucket.
     struct Queued {
         int index;
-        quint32 generation;
-        bool echo;
+        quint32 generation;  // of the query, or of the ping series for an AckPing
+        Packet packet;
     };
     std::vector<Queued> queue_;
     size_t queueHead_ = 0;
     double tokens_ = 0;
     qint64 lastRefillNs_ = 0;
     QTimer pumpTimer_;
-    // One sorted deadline list for the queries' re-sends and time-outs.
-    std::multimap<qint64, std::pair<int, quint32>> deadlines_;  // ns -> (server, generation)
+    // One sorted deadline list for the queries' re-sends and time-outs and the pings'
+    // time-outs.
+    struct Deadline {
+        int index;
+        quint32 generation;
+        bool ackPing;
+    };
+    std::multimap<qint64, Deadline> deadlines_;  // by ns
     QTimer deadlineTimer_;
     QElapsedTimer clock_;
 };

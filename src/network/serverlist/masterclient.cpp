@@ -7,6 +7,8 @@
 #include <QUdpSocket>
 #include <QVariant>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -70,6 +72,7 @@ void MasterClient::resolved(const QList<QHostAddress> &addresses, const QString 
     if (!bound
         || socket_->writeDatagram(query, address_, port_) != query.size())
         return finish(u"The query to the master server %1 could not be sent: %2"_s.arg(host_, socket_->errorString()));
+    sent_.start();
 }
 
 void MasterClient::readPending()
@@ -86,7 +89,9 @@ void MasterClient::readPending()
             ++counts_.junk;
             continue;
         }
-        ++counts_.datagrams;
+        if (++counts_.datagrams == 1)
+            quietWaitMs_ = std::clamp(static_cast<int>(sent_.elapsed()), scaled(minQuietMs),
+                                      std::max(scaled(minQuietMs), scaled(quietMs)));
         counts_.bytes += datagram.data().size();
         counts_.truncated += reply->truncatedBytes > 0;
         counts_.skipped += reply->skipped;
@@ -101,7 +106,7 @@ void MasterClient::readPending()
                 entries_.append(MasterList::entryText(r));
             }
         }
-        quiet_.start(scaled(quietMs));
+        quiet_.start(quietWaitMs_);
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 #include <QHostAddress>
+#include <QElapsedTimer>
 #include <QObject>
 #include <QSet>
 #include <QStringList>
@@ -18,7 +19,11 @@ public:
     ~MasterClient() override;
 
     // Milliseconds, multiplied by Ticker's time scale when the client starts.
-    int quietMs = 1000;    // the list is complete after this long without a datagram
+    // The datagrams of one answer are sent together: once as long as the first took to
+    // come (at least minQuietMs, at most quietMs) has passed without another, the list
+    // is complete.
+    int minQuietMs = 250;
+    int quietMs = 1000;
     int timeoutMs = 5000;  // the whole exchange, resolving the name included
     int maxEntries = 100000;  // more is no list a player could probe
 
@@ -53,6 +58,8 @@ private:
 
     QUdpSocket *socket_ = nullptr;
     QTimer quiet_, deadline_;
+    QElapsedTimer sent_;  // since the query went
+    int quietWaitMs_ = 0;
     QHostAddress address_;
     quint16 port_ = 0;
     QString host_;
