@@ -24,7 +24,8 @@ struct Server {
     quint16 port = 27910;
     // "31".."34": the protocol it speaks; "none": answers "wrong version" to every
     // info query; "silent": never answers; "nolf": answers without any line feed;
-    // "q2pro": silent for "info 31" to "info 33", answers 34, 35 and 36.
+    // "q2pro": silent for "info 31" to "info 33", answers 34, 35 and 36. All but
+    // "silent" answer "ping" with "ack" (after delayMs, as every answer).
     QString protocol = QStringLiteral("34");
     int delayMs = 0;  // how long it takes to answer
     QString hostName;

@@ -10,9 +10,11 @@
 #include "serverlist/serverentry.h"
 #include "serverlist/urltext.h"
 #include "shell/prompter.h"
+#include "shell/ticker.h"
 #include "shell/waiting.h"
 #include "shell/wiretext.h"
 
+#include <cmath>
 #include <memory>
 
 using namespace Qt::StringLiterals;
@@ -196,7 +198,7 @@ void RefreshSession::probeFast(const RefreshRequest &request, const QStringList 
     settings.ttl = Probe::TtlValue(request.ttlText);
     settings.ttlText = request.ttlText;
     settings.pingLimit = Probe::NumberValue(request.pingLimitText);
-    settings.queryTimeoutMs = GameQueryChannel::queryWaitMs();
+    settings.queryTimeoutMs = static_cast<int>(std::lround(Timeouts::kEngineQueryMs * Ticker::timeScale()));
     settings.echoTimeoutMs = Timeouts::kPingEchoMs;
 
     ProbeEngine engine;
