@@ -479,7 +479,11 @@ void ProbeEngine::accept(int index)
 {
     Server &s = servers_[static_cast<size_t>(index)];
     ProbeResult &r = results_[index];
-    endAckPings(index);  // the row shows the round trip known now
+    // The row shows the round trip known now: an "ack" that came before the answer
+    // may still wait unread on its own socket.
+    if (s.ackPending)
+        readDatagrams(socketOf(GameQuery::PingMode));
+    endAckPings(index);
     r.version = s.version.version();
     r.infoLine = s.version.infoLine();
     r.log << Probe::TimeLine(r.address, r.ping, settings_.ttlText, r.entry.favorite);
