@@ -221,10 +221,11 @@ private slots:
         QVERIFY(!visibleSplash());
         QCOMPARE(w.findChild<Ticker *>(u"splashTicker_"_s)->interval(), 0);
         auto *location = w.findChild<QComboBox *>(u"listLocationBox_"_s);
-        QCOMPARE(location->count(), 5);
+        QCOMPARE(location->count(), 7);
         QCOMPARE(location->itemText(0), location->currentText());
         QCOMPARE(location->itemText(1), QStringLiteral("http://127.0.0.1/"));
         QCOMPARE(location->itemText(2), QStringLiteral("master://127.0.0.1:27900"));
+        QCOMPARE(location->itemText(4), QStringLiteral("http://q2servers.com/?raw=1"));  // the first real-world one
     }
 
     void aboutAndHelp()

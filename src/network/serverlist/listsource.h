@@ -1,4 +1,5 @@
 #pragma once
+#include "serverlist/httplist.h"
 #include "serverlist/urltext.h"
 
 #include <QObject>
@@ -7,6 +8,7 @@
 #include <optional>
 
 class DsSocket;
+class HttpListFetch;
 class MasterClient;
 
 // Obtains one server list, from wherever it comes: a web list fetched over HTTP,
@@ -19,10 +21,16 @@ class MasterClient;
 // line, every later line one entry (an empty line an empty entry). It has no time
 // limit of its own: the server's close or the socket's error (a silent connection
 // times out) ends it, and the Cancel of a refresh does not.
+//
+// The locations that fetch cannot serve go to the standard HTTP client instead
+// (Kind HttpList): "https://" and any location with a query string, and a web
+// list whose server answers the list request with an HTTP error status (4xx,
+// 5xx), which is asked again at once. That client reads text and binary lists
+// and has bounds of time and size (HttpListFetch).
 class ListSource : public QObject {
     Q_OBJECT
 public:
-    enum class Kind { None, WebList, Master, ListFile, FavoritesFile };
+    enum class Kind { None, WebList, HttpList, Master, ListFile, FavoritesFile };
     // Idle before the first start. Listed: the list came (perhaps with no entry).
     // Failed: the web list's socket failed, the master did not answer, a file could
     // not be read; the entries received so far stay.
@@ -45,6 +53,8 @@ public:
     void cancel();
     // How long a master may take, resolving its name included (default 5000 ms).
     void setMasterTimeout(int ms);
+    // The standard client's bounds (tests make them small).
+    void setHttpLimits(int idleMs, int totalMs, qint64 maxBytes);
 
     Kind kind() const { return kind_; }
     bool isRunning() const { return outcome_ == Outcome::Running; }
@@ -54,14 +64,16 @@ public:
     // Characters of the web list's body lines as delivered, or bytes of the
     // master's answers; at most 2^31 - 1.
     qint64 bytesReceived() const { return bytes_; }
-    // Why a start failed: the master's reason, a file's problem, or the web
-    // list's socket error as "number description". Empty otherwise.
+    // Why a start failed: the master's reason, a file's problem, the standard
+    // client's sentence, or the web list's socket error as "number description".
+    // Empty otherwise.
     QString problem() const { return problem_; }
 
 signals:
     // The status line while the list comes: "Connected...", "Ready to Send...",
     // "Retreiving List....N", "Connection closed...N bytes received.",
-    // "dsSocket1 Error : N:description", "Master server answered: ...".
+    // "dsSocket1 Error : N:description", "Master server answered: ...", and the
+    // standard client's sentences.
     void statusChanged(const QString &text);
     // The list count: every tenth web list entry, a master's total at its end.
     void countChanged(int entries);
@@ -79,6 +91,9 @@ private:
     void end(Outcome outcome);
     void endLater(Outcome outcome);
     void masterFinished();
+    bool startHttp(const QString &location);
+    void httpFinished();
+    void dropSocket();
     std::optional<QByteArray> readFile(const QString &kindName);
 
     Kind kind_ = Kind::None;
@@ -90,6 +105,12 @@ private:
     int masterTimeoutMs_ = 5000;
     quint64 generation_ = 0;  // a later start outdates an earlier start's pending end
     ListBodyReader body_;
+    bool statusLineSeen_ = false;
+    int reportedCount_ = 0;  // the standard client's last count shown
+    int httpIdleMs_ = 30000;
+    int httpTotalMs_ = 120000;
+    qint64 httpMaxBytes_ = HttpList::kMaxBytes;
     DsSocket *socket_ = nullptr;
     MasterClient *master_ = nullptr;
+    HttpListFetch *http_ = nullptr;
 };
