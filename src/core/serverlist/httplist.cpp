@@ -16,11 +16,10 @@ bool needsStandardClient(const QString &location)
     return text.startsWith(u"https://"_s, Qt::CaseInsensitive) || text.contains(u'?');
 }
 
-int errorStatus(const QString &statusLine)
+bool servedListRequest(const QString &firstLine)
 {
-    static const QRegularExpression line(u"^HTTP/\\d+(\\.\\d+)? +([45]\\d\\d)(\\D|$)"_s);
-    const QRegularExpressionMatch match = line.match(statusLine);
-    return match.hasMatch() ? match.captured(2).toInt() : 0;
+    static const QRegularExpression success(u"^HTTP/\\d+(\\.\\d+)? +2\\d\\d(\\D|$)"_s);
+    return success.match(firstLine).hasMatch();
 }
 
 std::optional<Form> formOf(const QByteArray &body, bool complete)

@@ -18,9 +18,11 @@ constexpr qsizetype kMaxLineBytes = 1024;
 // ("https://") and those with a query string ("?"). Any letter case.
 bool needsStandardClient(const QString &location);
 
-// The status number of a response's first line when it is an HTTP error
-// ("HTTP/1.0 400 Bad Request" gives 400); 0 for anything else.
-int errorStatus(const QString &statusLine);
+// Whether the first line of a list server's answer to the list request is a
+// success status line ("HTTP/1.0 200 OK"). Today's web servers answer that
+// request with an error (nginx: "HTTP/1.1 400 Bad Request"), a redirect, or an
+// error page without any status line (Python's http.server).
+bool servedListRequest(const QString &firstLine);
 
 enum class Form { Text, Binary };
 // Decided by the first line (the bytes before the first line feed): text when

@@ -50,7 +50,10 @@ void HttpListFetch::start(const QUrl &url)
 void HttpListFetch::read()
 {
     idle_->start(idleLimitMs);
-    body_ += reply_->readAll();
+    const QByteArray bytes = reply_->readAll();
+    if (reply_->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt() >= 400)
+        return;  // an error page: its status is the answer
+    body_ += bytes;
     if (body_.size() > maxBytes)
         return fail(HttpList::tooLargeText(maxBytes));
     if (!form_)

@@ -112,15 +112,15 @@ void ListSource::sendRequest()
 
 void ListSource::takeLine(const QString &line)
 {
-    // Today's web servers refuse the list request with an error status: ask
-    // again as a standard client rather than list the error page's lines.
+    // Today's web servers do not take the list request: ask again as a standard
+    // client rather than list the lines of their error page.
     if (!statusLineSeen_) {
         statusLineSeen_ = true;
-        if (const int status = HttpList::errorStatus(line)) {
+        if (!HttpList::servedListRequest(line)) {
             dropSocket();
-            emit statusChanged(u"The list server answered %1: asking again as a standard web client..."_s.arg(status));
-            if (!startHttp(location_)) {  // a location only the old request could read
-                problem_ = u"The list server answered %1, and %2 is no URL a standard client can ask."_s.arg(status)
+            emit statusChanged(u"The list server did not take the list request: asking again as a web browser would..."_s);
+            if (!startHttp(location_)) {  // a location only the list request could read
+                problem_ = u"The list server did not take the list request, and %1 is no URL to ask otherwise."_s
                                .arg(location_);
                 emit statusChanged(problem_);
                 end(Outcome::Failed);

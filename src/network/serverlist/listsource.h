@@ -24,8 +24,9 @@ class MasterClient;
 //
 // The locations that fetch cannot serve go to the standard HTTP client instead
 // (Kind HttpList): "https://" and any location with a query string, and a web
-// list whose server answers the list request with an HTTP error status (4xx,
-// 5xx), which is asked again at once. That client reads text and binary lists
+// list whose server answers the list request with anything but a success status
+// line (an error, a redirect, an error page without status line), which is
+// asked again at once. That client reads text and binary lists
 // and has bounds of time and size (HttpListFetch).
 class ListSource : public QObject {
     Q_OBJECT
