@@ -7,6 +7,16 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+// No status yet (headers to come) or a 2xx one. Redirects the client follows
+// never reach here; one it does not follow is no list.
+bool succeeded(const QNetworkReply *reply)
+{
+    const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
+    return !status.isValid() || (status.toInt() >= 200 && status.toInt() < 300);
+}
+}
+
 HttpListFetch::HttpListFetch(QObject *parent)
     : QObject(parent), manager_(new QNetworkAccessManager(this)), idle_(new QTimer(this)), deadline_(new QTimer(this))
 {
@@ -51,7 +61,7 @@ void HttpListFetch::read()
 {
     idle_->start(idleLimitMs);
     const QByteArray bytes = reply_->readAll();
-    if (reply_->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt() >= 400)
+    if (!succeeded(reply_))
         return;  // an error page: its status is the answer
     body_ += bytes;
     if (body_.size() > maxBytes)
@@ -74,24 +84,8 @@ void HttpListFetch::done()
     QNetworkReply *reply = reply_;
     if (!reply)
         return;
-    const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-    if (status >= 400) {
-        const QString reason = reply->attribute(QNetworkRequest::HttpReasonPhraseAttribute).toString();
-        return fail(u"The list server answered %1 %2."_s.arg(status).arg(reason).replace(u" ."_s, u"."_s));
-    }
-    switch (reply->error()) {
-    case QNetworkReply::NoError:
-        break;
-    case QNetworkReply::TooManyRedirectsError:
-        return fail(u"The list location redirects more than %1 times (in a loop?)."_s.arg(maxRedirects));
-    case QNetworkReply::InsecureRedirectError:
-        return fail(u"The list location redirects from https to plain http, which is not followed."_s);
-    case QNetworkReply::SslHandshakeFailedError:
-        return fail(u"The secure connection to the list server failed: %1."_s
-                        .arg(tlsProblem_.isEmpty() ? reply->errorString() : tlsProblem_));
-    default:
-        return fail(u"The list could not be fetched: %1."_s.arg(reply->errorString()));
-    }
+    if (const QString problem = problemOf(reply); !problem.isEmpty())
+        return fail(problem);
     read();  // what is left
     if (!reply_)
         return;  // too large: already failed
@@ -101,6 +95,29 @@ void HttpListFetch::done()
     if (problem_.isEmpty() && list_.entries.isEmpty() && list_.skipped > 0)
         problem_ = u"The list names no server. "_s + HttpList::skippedText(list_);
     emit finished();
+}
+
+QString HttpListFetch::problemOf(const QNetworkReply *reply) const
+{
+    switch (reply->error()) {
+    case QNetworkReply::TooManyRedirectsError:
+        return u"The list location redirects more than %1 times (in a loop?)."_s.arg(maxRedirects);
+    case QNetworkReply::InsecureRedirectError:
+        return u"The list location redirects from https to plain http, which is not followed."_s;
+    case QNetworkReply::SslHandshakeFailedError:
+        return u"The secure connection to the list server failed: %1."_s
+            .arg(tlsProblem_.isEmpty() ? reply->errorString() : tlsProblem_);
+    default:
+        break;
+    }
+    if (!succeeded(reply)) {
+        const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+        const QString reason = reply->attribute(QNetworkRequest::HttpReasonPhraseAttribute).toString();
+        return u"The list server answered %1 %2."_s.arg(status).arg(reason).replace(u" ."_s, u"."_s);
+    }
+    if (reply->error() != QNetworkReply::NoError)
+        return u"The list could not be fetched: %1."_s.arg(reply->errorString());
+    return QString();
 }
 
 void HttpListFetch::fail(const QString &problem)

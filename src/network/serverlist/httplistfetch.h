@@ -43,6 +43,7 @@ signals:
 private:
     void read();
     void done();
+    QString problemOf(const QNetworkReply *reply) const;
     void fail(const QString &problem);
     void stop();
 
