@@ -234,7 +234,7 @@ private slots:
         QVERIFY(run.fetch(web.url(QStringLiteral("chunked?raw=1"))));
         QCOMPARE(source.entries(), (QStringList{QStringLiteral("127.0.22.1:27910"), QStringLiteral("127.0.22.2")}));
 
-        source.setHttpLimits(300, 1500, 100);
+        source.setHttpLimits({300, 1500, 100});
         const std::pair<const char *, const char *> failures[] = {
             {"fail?raw=1", "The list server answered 503 Service Unavailable."},
             {"none.txt?raw=1", "The list server answered 404 File not found."},

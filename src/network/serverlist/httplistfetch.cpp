@@ -23,10 +23,10 @@ HttpListFetch::HttpListFetch(QObject *parent)
     idle_->setSingleShot(true);
     deadline_->setSingleShot(true);
     connect(idle_, &QTimer::timeout, this, [this] {
-        fail(u"The list server sent nothing for %1 s."_s.arg(idleLimitMs / 1000.0));
+        fail(u"The list server sent nothing for %1 s."_s.arg(limits.idleMs / 1000.0));
     });
     connect(deadline_, &QTimer::timeout, this, [this] {
-        fail(u"The list server did not send the whole list within %1 s."_s.arg(timeLimitMs / 1000.0));
+        fail(u"The list server did not send the whole list within %1 s."_s.arg(limits.totalMs / 1000.0));
     });
 }
 
@@ -44,7 +44,7 @@ void HttpListFetch::start(const QUrl &url)
     problem_.clear();
     QNetworkRequest request(url);
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
-    request.setMaximumRedirectsAllowed(maxRedirects);
+    request.setMaximumRedirectsAllowed(limits.maxRedirects);
     request.setRawHeader("User-Agent", "Pulsebox/" PULSEBOX_VERSION);
     reply_ = manager_->get(request);
     connect(reply_, &QNetworkReply::readyRead, this, &HttpListFetch::read);
@@ -53,19 +53,19 @@ void HttpListFetch::start(const QUrl &url)
         if (!errors.isEmpty())
             tlsProblem_ = errors.first().errorString();
     });
-    idle_->start(idleLimitMs);
-    deadline_->start(timeLimitMs);
+    idle_->start(limits.idleMs);
+    deadline_->start(limits.totalMs);
 }
 
 void HttpListFetch::read()
 {
-    idle_->start(idleLimitMs);
+    idle_->start(limits.idleMs);
     const QByteArray bytes = reply_->readAll();
     if (!succeeded(reply_))
         return;  // an error page: its status is the answer
     body_ += bytes;
-    if (body_.size() > maxBytes)
-        return fail(HttpList::tooLargeText(maxBytes));
+    if (body_.size() > limits.maxBytes)
+        return fail(HttpList::tooLargeText(limits.maxBytes));
     if (!form_)
         form_ = HttpList::formOf(body_, false);
     if (!form_)
@@ -101,7 +101,7 @@ QString HttpListFetch::problemOf(const QNetworkReply *reply) const
 {
     switch (reply->error()) {
     case QNetworkReply::TooManyRedirectsError:
-        return u"The list location redirects more than %1 times (in a loop?)."_s.arg(maxRedirects);
+        return u"The list location redirects more than %1 times (in a loop?)."_s.arg(limits.maxRedirects);
     case QNetworkReply::InsecureRedirectError:
         return u"The list location redirects from https to plain http, which is not followed."_s;
     case QNetworkReply::SslHandshakeFailedError:

@@ -23,12 +23,15 @@ public:
     // Ends at once; emits nothing.
     void abort();
 
-    // The bounds: no byte for idleLimitMs, or not done within timeLimitMs, ends
-    // the fetch; so does a body past maxBytes or more than maxRedirects hops.
-    int idleLimitMs = 30000;
-    int timeLimitMs = 120000;
-    qint64 maxBytes = HttpList::kMaxBytes;
-    int maxRedirects = 5;
+    // The bounds: no byte for idleMs, or not done within totalMs, ends the
+    // fetch; so does a body past maxBytes or more than maxRedirects hops.
+    struct Limits {
+        int idleMs = 30000;  // as the list request's socket
+        int totalMs = 120000;
+        qint64 maxBytes = HttpList::kMaxBytes;
+        int maxRedirects = 5;
+    };
+    Limits limits;
 
     qint64 bytesReceived() const { return body_.size(); }
     const HttpList::List &list() const { return list_; }

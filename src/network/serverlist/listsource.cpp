@@ -3,7 +3,6 @@
 #include "favorites/favfile.h"
 #include "probes/dssocket.h"
 #include "serverlist/httplist.h"
-#include "serverlist/httplistfetch.h"
 #include "serverlist/masterclient.h"
 #include "serverlist/masterlist.h"
 #include "shell/boundedfile.h"
@@ -150,9 +149,7 @@ bool ListSource::startHttp(const QString &location)
         return false;
     }
     http_ = new HttpListFetch(this);
-    http_->idleLimitMs = httpIdleMs_;
-    http_->timeLimitMs = httpTotalMs_;
-    http_->maxBytes = httpMaxBytes_;
+    http_->limits = httpLimits_;
     connect(http_, &HttpListFetch::progress, this, [this](int n) {
         const int tens = n / 10 * 10;
         if (tens > reportedCount_) {
@@ -274,9 +271,4 @@ void ListSource::cancel()
 
 void ListSource::setMasterTimeout(int ms) { masterTimeoutMs_ = ms; }
 
-void ListSource::setHttpLimits(int idleMs, int totalMs, qint64 maxBytes)
-{
-    httpIdleMs_ = idleMs;
-    httpTotalMs_ = totalMs;
-    httpMaxBytes_ = maxBytes;
-}
+void ListSource::setHttpLimits(const HttpListFetch::Limits &limits) { httpLimits_ = limits; }

@@ -1,5 +1,5 @@
 #pragma once
-#include "serverlist/httplist.h"
+#include "serverlist/httplistfetch.h"
 #include "serverlist/urltext.h"
 
 #include <QObject>
@@ -8,7 +8,6 @@
 #include <optional>
 
 class DsSocket;
-class HttpListFetch;
 class MasterClient;
 
 // Obtains one server list, from wherever it comes: a web list fetched over HTTP,
@@ -33,8 +32,9 @@ class ListSource : public QObject {
 public:
     enum class Kind { None, WebList, HttpList, Master, ListFile, FavoritesFile };
     // Idle before the first start. Listed: the list came (perhaps with no entry).
-    // Failed: the web list's socket failed, the master did not answer, a file could
-    // not be read; the entries received so far stay.
+    // Failed: the web list's socket failed, the standard client gave up or got no
+    // list (then no entry), the master did not answer, a file could not be read;
+    // the entries received so far stay.
     enum class Outcome { Idle, Running, Listed, InvalidLocation, Failed, Cancelled };
 
     explicit ListSource(QObject *parent = nullptr);
@@ -55,15 +55,15 @@ public:
     // How long a master may take, resolving its name included (default 5000 ms).
     void setMasterTimeout(int ms);
     // The standard client's bounds (tests make them small).
-    void setHttpLimits(int idleMs, int totalMs, qint64 maxBytes);
+    void setHttpLimits(const HttpListFetch::Limits &limits);
 
     Kind kind() const { return kind_; }
     bool isRunning() const { return outcome_ == Outcome::Running; }
     Outcome outcome() const { return outcome_; }
     QString location() const { return location_; }  // the location text, outer spaces removed
     QStringList entries() const { return entries_; }
-    // Characters of the web list's body lines as delivered, or bytes of the
-    // master's answers; at most 2^31 - 1.
+    // Characters of the web list's body lines as delivered, bytes of the standard
+    // client's body, or bytes of the master's answers; at most 2^31 - 1.
     qint64 bytesReceived() const { return bytes_; }
     // Why a start failed: the master's reason, a file's problem, the standard
     // client's sentence, or the web list's socket error as "number description".
@@ -108,9 +108,7 @@ private:
     ListBodyReader body_;
     bool statusLineSeen_ = false;
     int reportedCount_ = 0;  // the standard client's last count shown
-    int httpIdleMs_ = 30000;
-    int httpTotalMs_ = 120000;
-    qint64 httpMaxBytes_ = HttpList::kMaxBytes;
+    HttpListFetch::Limits httpLimits_;
     DsSocket *socket_ = nullptr;
     MasterClient *master_ = nullptr;
     HttpListFetch *http_ = nullptr;
