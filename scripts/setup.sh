@@ -2,7 +2,7 @@
 # Installs what building Pulsebox needs on Debian bookworm (only what is missing),
 # and the packages named as arguments.
 set -euo pipefail
-packages=(g++ cmake ninja-build ccache qt6-base-dev qt6-base-dev-tools libgl-dev xvfb xauth fonts-liberation iproute2 libcap2-bin "$@")
+packages=(g++ cmake ninja-build ccache qt6-base-dev qt6-base-dev-tools libgl-dev xvfb xauth fonts-liberation iproute2 libcap2-bin python3 openssl "$@")
 missing=()
 for p in "${packages[@]}"; do
     dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "ok installed" || missing+=("$p")

@@ -2,8 +2,11 @@
 #include "serverlist/listsource.h"
 #include "shell/ticker.h"
 #include "shell/wiretext.h"
+#include "support/listwebserver.h"
 
 #include <QSignalSpy>
+#include <QSslConfiguration>
+#include <QSslSocket>
 #include <QTcpServer>
 #include <QTemporaryDir>
 #include <QTest>
@@ -26,10 +29,44 @@ struct Run {
         QTest::qWait(20);  // a second finished would come right after
         return finished.size() == 1 && !source.isRunning();
     }
+    // One start to its end, with only what this one reported.
+    bool fetch(const QString &location)
+    {
+        statuses.clear();
+        boxes.clear();
+        counts.clear();
+        return source.start(location) && waitForEnd();
+    }
     ListSource &source;
     QStringList statuses, boxes;
     QList<int> counts;
 };
+
+// Servers 127.0.22.1 to .24 as a text list and as binary records, with two
+// lines and two records that name no server.
+const QStringList kStandardEntries = [] {
+    QStringList entries;
+    for (int i = 1; i <= 24; ++i)
+        entries << QStringLiteral("127.0.22.%1:27910").arg(i);
+    return entries;
+}();
+
+QByteArray standardText()
+{
+    QByteArray text = "127.0.22.1:27910\r\n\r\n  127.0.22.2:27910 \n";
+    text += QByteArray("127.0.22.99\0:27910\n", 19) + QByteArray(1025, 'x') + '\n';  // a NUL, an overlong line
+    for (int i = 3; i <= 24; ++i)
+        text += "127.0.22." + QByteArray::number(i) + ":27910\n";
+    return text;
+}
+
+QByteArray standardRecords()
+{
+    QByteArray records;
+    for (int i = 1; i <= 24; ++i)
+        records += QByteArray("\x7f\x00\x16", 3) + char(i) + "\x6d\x06";
+    return records + QByteArray("\0\0\0\0\x6d\x06" "\x7f\0\x16\x63\0\0", 12);  // address 0, port 0
+}
 
 struct WebList {
     explicit WebList(const QByteArray &response)
@@ -158,6 +195,117 @@ private slots:
         QCOMPARE(source.outcome(), ListSource::Outcome::Cancelled);
         QTest::qWait(50);
         QCOMPARE(finished.size(), 0);
+    }
+
+    // Lists from a standard web server: the list request not taken and asked
+    // again, text and binary lists, a port and a query string, a redirect, a
+    // chunked body; then every way such a list fails, each in one sentence.
+    void standardWebServer()
+    {
+        ListWebServer web;
+        if (const QString why = web.start(); !why.isEmpty())
+            QSKIP(qPrintable(why));
+        const QByteArray text = standardText(), records = standardRecords();
+        QVERIFY(web.put(QStringLiteral("list.txt"), text) && web.put(QStringLiteral("list.bin"), records)
+                && web.put(QStringLiteral("sub/index.html"), text) && web.put(QStringLiteral("bad.bin"), records.left(7))
+                && web.put(QStringLiteral("zero.bin"), records.right(12)));
+        ListSource source;
+        Run run(source);
+        const QString lines = QStringLiteral(" 2 lines left out: a NUL byte or longer than 1024 characters.");
+        const QString zeros = QStringLiteral(" 2 records left out: address 0 or port 0.");
+        const std::tuple<QString, qsizetype, QString> lists[] = {
+            {QStringLiteral("list.txt"), text.size(), lines},  // Python refuses the list request: asked again
+            {QStringLiteral("list.bin?raw=2&c=dk"), records.size(), zeros},
+            {QStringLiteral("sub?raw=1"), text.size(), lines},  // redirected to sub/?raw=1
+        };
+        for (const auto &[path, bytes, skipped] : lists) {
+            QVERIFY2(run.fetch(web.url(path)), qPrintable(path));
+            QCOMPARE(source.kind(), ListSource::Kind::HttpList);
+            QCOMPARE(source.outcome(), ListSource::Outcome::Listed);
+            QCOMPARE(source.entries(), kStandardEntries);
+            QCOMPARE(run.counts.last(), 20);
+            QCOMPARE(run.statuses.last(), QStringLiteral("Connection closed...%1 bytes received.").arg(bytes) + skipped);
+            QCOMPARE(run.statuses.mid(0, run.statuses.size() - 2),
+                     path == QStringLiteral("list.txt")
+                         ? (QStringList{QStringLiteral("Connected..."), QStringLiteral("Ready to Send..."),
+                                        QStringLiteral("The list server did not take the list request: asking again as a web browser would...")})
+                         : QStringList());
+        }
+        QVERIFY(run.fetch(web.url(QStringLiteral("chunked?raw=1"))));
+        QCOMPARE(source.entries(), (QStringList{QStringLiteral("127.0.22.1:27910"), QStringLiteral("127.0.22.2")}));
+
+        source.setHttpLimits({300, 1500, 100});
+        const std::pair<const char *, const char *> failures[] = {
+            {"fail?raw=1", "The list server answered 503 Service Unavailable."},
+            {"none.txt?raw=1", "The list server answered 404 File not found."},
+            {"loop?raw=1", "The list location redirects more than 5 times (in a loop?)."},
+            {"mute?raw=1", "The list server sent nothing for 0.3 s."},
+            {"trickle?raw=1", "The list server did not send the whole list within 1.5 s."},
+            {"list.bin?raw=2", "The list is larger than 100 bytes: too large to be one."},
+            {"bad.bin?raw=2", "The list is neither text nor whole 6-byte records: 7 bytes is no multiple of 6."},
+            {"zero.bin?raw=2", "The list names no server. 2 records left out: address 0 or port 0."},
+        };
+        for (const auto &[path, problem] : failures) {
+            QVERIFY2(run.fetch(web.url(QLatin1String(path))), path);
+            QCOMPARE(source.outcome(), ListSource::Outcome::Failed);
+            QCOMPARE(source.problem(), QLatin1String(problem));
+            QCOMPARE(run.statuses.last(), QLatin1String(problem));
+            QVERIFY(source.entries().isEmpty());
+        }
+    }
+
+    // The demo network answers a standard request as today's list servers do, and
+    // the list request as it always did.
+    void demoServesStandardLists()
+    {
+        Demo::Network network;
+        Demo::Config config;
+        config.httpPort = 0;
+        config.listLines = {QStringLiteral("127.0.22.1"), QString(), QStringLiteral("localhost:27920"),
+                            QStringLiteral("127.0.22.2:27911")};
+        QString error;
+        QVERIFY(network.start(config, &error, true));
+        ListSource source;
+        Run run(source);
+        for (const bool binary : {false, true}) {
+            QVERIFY(run.fetch(network.standardListUrl(binary)));
+            QCOMPARE(source.kind(), ListSource::Kind::HttpList);
+            QCOMPARE(source.entries(), binary ? (QStringList{QStringLiteral("127.0.22.1:27910"), QStringLiteral("127.0.22.2:27911")})
+                                              : (QStringList{QStringLiteral("127.0.22.1"), QStringLiteral("localhost:27920"),
+                                                             QStringLiteral("127.0.22.2:27911")}));
+            QVERIFY(network.lastRequest.startsWith(binary ? "GET /?raw=2 HTTP/1.1\r\n" : "GET /?raw=1 HTTP/1.1\r\n"));
+        }
+        QVERIFY(run.fetch(network.listUrl()));
+        QCOMPARE(source.kind(), ListSource::Kind::WebList);
+        QCOMPARE(source.entries().size(), 4);
+    }
+
+    // HTTPS: a certificate nobody vouches for fails in one sentence; the same
+    // server's throw-away certificate, trusted for this test only, lists.
+    void secureWebServer()
+    {
+        if (!QSslSocket::supportsSsl())
+            QSKIP("Qt has no TLS backend here");
+        ListWebServer web;
+        if (const QString why = web.start(true); !why.isEmpty())
+            QSKIP(qPrintable(why));
+        QVERIFY(web.put(QStringLiteral("list.bin"), standardRecords()));
+        ListSource source;
+        Run run(source);
+        QVERIFY(run.fetch(web.url(QStringLiteral("list.bin"))));
+        QCOMPARE(source.outcome(), ListSource::Outcome::Failed);
+        QVERIFY2(source.problem().startsWith(QStringLiteral("The secure connection to the list server failed: ")),
+                 qPrintable(source.problem()));
+
+        const QSslConfiguration before = QSslConfiguration::defaultConfiguration();
+        QSslConfiguration trusting = before;
+        QVERIFY(trusting.addCaCertificates(web.certificatePath()));
+        QSslConfiguration::setDefaultConfiguration(trusting);
+        const bool fetched = run.fetch(web.url(QStringLiteral("list.bin")));
+        QSslConfiguration::setDefaultConfiguration(before);
+        QVERIFY(fetched);
+        QCOMPARE(source.outcome(), ListSource::Outcome::Listed);
+        QCOMPARE(source.entries(), kStandardEntries);
     }
 
     void master()

@@ -1,4 +1,5 @@
 #include "demonet/demonetwork.h"
+#include "support/listwebserver.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -103,6 +104,34 @@ private slots:
                                               fav.fileName(), QStringLiteral("--timeout"), QStringLiteral("600")});
         QCOMPARE(rows.exitCode, 0);
         QVERIFY(rows.out.contains("Query Two") && rows.out.contains("Query One") && !rows.out.contains("Quiet"));
+    }
+
+    // --url on a standard web server: a binary list lists; each failure is one
+    // sentence with status 1, a text that is no location status 2.
+    void urlOnAStandardWebServer()
+    {
+        ListWebServer web;
+        if (const QString why = web.start(); !why.isEmpty())
+            QSKIP(qPrintable(why));
+        Demo::Network network;
+        QVERIFY(start(network, {fake("127.0.24.1", "34", "Binary One"), fake("127.0.24.2", "34", "Binary Two")}));
+        QVERIFY(web.put(QStringLiteral("list.bin"), QByteArray("\x7f\x00\x18\x01\x6d\x06\x7f\x00\x18\x02\x6d\x06", 12))
+                && web.put(QStringLiteral("bad.bin"), QByteArray("\x7f\x00\x0d\x15\x6d", 5))
+                && web.put(QStringLiteral("empty.txt"), QByteArray("\n\n")));
+        const Run listed = runTool(QStringLiteral("--url %1 --timeout 600").arg(web.url(QStringLiteral("list.bin?raw=2"))));
+        QCOMPARE(listed.exitCode, 0);
+        QVERIFY2(listed.out.contains("Binary One") && listed.out.contains("Binary Two"), listed.out.constData());
+
+        const std::tuple<QString, int, const char *> failures[] = {
+            {web.url(QStringLiteral("none.txt?raw=1")), 1, "The list server answered 404 File not found."},
+            {web.url(QStringLiteral("bad.bin?raw=2")), 1, "5 bytes is no multiple of 6."},
+            {web.url(QStringLiteral("empty.txt")), 1, "names no server."},
+            {QStringLiteral("https://"), 2, "Not a list URL"},
+        };
+        for (const auto &[url, status, message] : failures) {
+            const Run run = runTool(QStringList{QStringLiteral("--url"), url});
+            QVERIFY2(run.exitCode == status && run.err.contains(message), qPrintable(url + QString::fromLocal8Bit(run.err)));
+        }
     }
 
     void exitStatuses()

@@ -170,7 +170,8 @@ private slots:
     // A list that cannot be had asks whether to go on with the favorites: No probes nothing, Yes the favorites.
     void listProblemsAskAboutFavorites_data()
     {
-        // "closed": a port nothing listens on; "master": the demo master, silent; empty: the demo list, empty.
+        // "closed": a port nothing listens on; "master": the demo master, silent; "missing": a path the
+        // demo's standard endpoint does not serve; empty: the demo list, empty.
         QTest::addColumn<QString>("url");
         QTest::addColumn<QString>("message");
         QTest::addColumn<QString>("status");  // after No
@@ -186,6 +187,9 @@ private slots:
             QTest::addRow("silent master%s", answer)
                 << QStringLiteral("master") << problem
                 << QStringLiteral("Problem getting list from server: The master server 127.0.0.1 did not answer.") << yes;
+            QTest::addRow("standard client's 404%s", answer)
+                << QStringLiteral("missing") << problem
+                << QStringLiteral("Problem getting list from server: The list server answered 404 Not Found.") << yes;
             QTest::addRow("empty list%s", answer) << QString() << QStringLiteral("No sites from web source list")
                                                   << QStringLiteral("No sites from web source list") << yes;
         }
@@ -205,6 +209,8 @@ private slots:
             url = QStringLiteral("http://127.0.0.1:%1/quake2/gamespy.txt").arg(closedPort());
         else if (url == QStringLiteral("master"))
             url = r.network.masterUrl();
+        else if (url == QStringLiteral("missing"))
+            url = r.network.standardListUrl(false).replace(QStringLiteral("?"), QStringLiteral("missing?"));
         if (!url.isNull())
             r.request.location = url;
         r.env.prompts.answers = {yes};

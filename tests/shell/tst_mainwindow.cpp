@@ -1,4 +1,5 @@
 #include "support/testsupport.h"
+#include "support/listwebserver.h"
 
 #include "demonet/demonetwork.h"
 #include "shell/helpwindow.h"
@@ -148,6 +149,23 @@ private slots:
         QCOMPARE(heard(lab.button("favRefreshButton_")), QStringLiteral("Fav Refresh"));
     }
 
+    // Refresh List with a location on a standard web server (Python's, with a
+    // query string as q2servers.com's) lists its servers.
+    void refreshFromAStandardWebServer()
+    {
+        Lab lab("127.0.23.", 3, "34");
+        ListWebServer web;
+        if (const QString why = web.start(); !why.isEmpty())
+            QSKIP(qPrintable(why));
+        QVERIFY(lab.started && web.put(QStringLiteral("servers"), "127.0.23.1\n127.0.23.2:27910\n127.0.23.3\n"));
+        child<QComboBox>(lab.window, "listLocationBox_")->setEditText(web.url(QStringLiteral("servers?raw=1")));
+        QTest::mouseClick(lab.button("refreshButton_"), Qt::LeftButton);
+        QCOMPARE(child<ItemList>(lab.window, "serverList_")->texts().size(), 3);
+        QCOMPARE(child<QLabel>(lab.window, "statusLabel_")->text(), QStringLiteral("Done..."));
+        QCOMPARE(child<QLabel>(lab.window, "listCountLabel_")->text(), QStringLiteral("3"));
+        QVERIFY(lab.env.prompts.shown.isEmpty());
+    }
+
     // While a run goes, the close is refused and a pick of a row leaves Server Info off;
     // Cancel allows both, and the close then ends everything at once.
     void closeAndRowPickDuringARun()
@@ -221,10 +239,11 @@ private slots:
         QVERIFY(!visibleSplash());
         QCOMPARE(w.findChild<Ticker *>(u"splashTicker_"_s)->interval(), 0);
         auto *location = w.findChild<QComboBox *>(u"listLocationBox_"_s);
-        QCOMPARE(location->count(), 5);
+        QCOMPARE(location->count(), 7);
         QCOMPARE(location->itemText(0), location->currentText());
         QCOMPARE(location->itemText(1), QStringLiteral("http://127.0.0.1/"));
         QCOMPARE(location->itemText(2), QStringLiteral("master://127.0.0.1:27900"));
+        QCOMPARE(location->itemText(4), QStringLiteral("http://q2servers.com/?raw=1"));  // the first real-world one
     }
 
     void aboutAndHelp()

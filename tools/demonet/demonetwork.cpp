@@ -281,8 +281,39 @@ QString Network::listUrl() const
     return u"http://"_s + host + u"/quake2/gamespy.txt"_s;
 }
 
-// Answers the list request once its blank line has come, then closes: the client
-// reads until the server closes the connection.
+QString Network::standardListUrl(bool binary) const
+{
+    const QString host = httpPort_ == 80 ? u"127.0.0.1"_s : u"127.0.0.1:%1"_s.arg(httpPort_);
+    return u"http://"_s + host + (binary ? u"/?raw=2"_s : u"/?raw=1"_s);
+}
+
+// The list as today's list servers publish it: "?raw=1" text, "?raw=2" binary
+// 6-byte records of the list's dotted IPv4 entries (others cannot be written so).
+QByteArray Network::standardBody(bool binary) const
+{
+    QByteArray body;
+    for (const QString &line : config_.listLines) {
+        if (!binary) {
+            body += line.toLatin1() + "\n";
+            continue;
+        }
+        const QStringList parts = line.split(u':');
+        bool ok = parts.size() <= 2;
+        const quint16 port = parts.size() == 2 ? parts[1].toUShort(&ok) : 27910;
+        const QHostAddress address(parts[0]);
+        if (!ok || address.protocol() != QAbstractSocket::IPv4Protocol || !parts[0].contains(u'.'))
+            continue;
+        const quint32 a = address.toIPv4Address();
+        const char record[6] = {char(a >> 24), char(a >> 16), char(a >> 8), char(a), char(port >> 8), char(port)};
+        body.append(record, 6);
+    }
+    return body;
+}
+
+// Answers a request once its blank line has come, then closes: the list request
+// players know (read until the server closes) gets the list as it always did; a
+// standard HTTP/1.x request gets an HTTP/1.1 answer with its length, the text or
+// binary list by its query string, as today's list servers answer.
 void Network::serve()
 {
     while (QTcpSocket *client = http_->nextPendingConnection()) {
@@ -294,11 +325,22 @@ void Network::serve()
                 return;
             QTimer::singleShot(20, client, [this, client] {  // let the request's trailing byte arrive
                 lastRequest = client->property("request").toByteArray() + client->readAll();
-                const QByteArray path = lastRequest.split(' ').value(1);
+                const QList<QByteArray> requestLine = lastRequest.left(lastRequest.indexOf("\r\n")).split(' ');
+                const QByteArray path = requestLine.value(1);
+                const bool standard = requestLine.value(2).startsWith("HTTP/1.");
+                const bool listed = path == "/quake2/gamespy.txt" || path == "/";
                 QByteArray response;
                 if (rawResponse_) {
                     response = *rawResponse_;
-                } else if (path == "/quake2/gamespy.txt" || path == "/") {
+                } else if (standard) {
+                    const bool found = listed || path == "/?raw=1" || path == "/?raw=2";
+                    const QByteArray body = found ? standardBody(path == "/?raw=2") : QByteArray("Not found\n");
+                    response = (found ? "HTTP/1.1 200 OK\r\n" : "HTTP/1.1 404 Not Found\r\n")
+                        + QByteArray(path == "/?raw=2" ? "Content-Type: application/octet-stream\r\n"
+                                                       : "Content-Type: text/plain\r\n")
+                        + "Content-Length: " + QByteArray::number(body.size()) + "\r\nConnection: close\r\n\r\n"
+                        + body;
+                } else if (listed) {
                     response = "HTTP/1.0 200 OK\r\nContent-Type: text/plain\r\nServer: pulsebox-demonet\r\n\r\n";
                     for (const QString &line : config_.listLines)
                         response += line.toLatin1() + "\r\n";

@@ -94,6 +94,9 @@ public:
     bool start(const Config &config, QString *error, bool strictPort = false);
     quint16 httpPort() const { return httpPort_; }
     QString listUrl() const;
+    // The same list as a standard web server serves it, like q2servers.com:
+    // "http://127.0.0.1[:PORT]/?raw=1" (text) or "?raw=2" (binary records).
+    QString standardListUrl(bool binary) const;
     // "master://127.0.0.1:PORT", empty when the population has no master.
     QString masterUrl() const;
     MasterServer *master() const { return master_; }
@@ -104,6 +107,7 @@ public:
 
 private:
     void serve();
+    QByteArray standardBody(bool binary) const;
     Config config_;
     QTcpServer *http_;
     quint16 httpPort_ = 0;

@@ -16,7 +16,8 @@ int main(int argc, char *argv[])
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
         "Runs a demo network on loopback until Ctrl+C or SIGTERM: a Quake 2 server list over HTTP on\n"
-        "127.0.0.1 (port 80, else 8080 and up), simulated game servers on 127.0.0.2 and up, and a\n"
+        "127.0.0.1 (port 80, else 8080 and up; standard HTTP/1.1 clients get it as text at /?raw=1\n"
+        "and as binary records at /?raw=2), simulated game servers on 127.0.0.2 and up, and a\n"
         "master server when the population has one (the built-in population does). It prints the\n"
         "list's URL and the master's."));
     parser.addHelpOption();
@@ -51,7 +52,9 @@ int main(int argc, char *argv[])
         return 1;
     }
     out << "Demo network up: " << network.gameServers().size() << " game servers on loopback.\n"
-        << "List URL: " << network.listUrl() << "\n";
+        << "List URL: " << network.listUrl() << "\n"
+        << "Standard list URLs: " << network.standardListUrl(false) << " (text), " << network.standardListUrl(true)
+        << " (binary)\n";
     if (!network.masterUrl().isEmpty())
         out << "Master URL: " << network.masterUrl() << "\n";
     out.flush();

@@ -13,6 +13,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLibraryInfo>
 #include <QTextStream>
 
 #include <algorithm>
@@ -88,21 +89,27 @@ bool readFile(const QString &path, bool favorites, QList<ProbeEntry> *entries, Q
     return problem->isEmpty();
 }
 
-// The entries of a web list, fetched as the window fetches it (port 80 unless
-// the URL's host carries one); false with the reason when the fetch failed.
-bool readWebList(const QString &url, QList<ProbeEntry> *entries, QString *problem)
+// The entries of a list location, fetched as the window fetches it (the list
+// request players know, or the standard client where that cannot serve); false
+// with the reason when it failed or named no server, *usage set when the text
+// is no location at all.
+bool readWebList(const QString &url, QList<ProbeEntry> *entries, QString *problem, bool *usage)
 {
     ListSource source;
     if (!source.start(url)) {
-        *problem = u"Not a list URL: \"%1\" (http://HOST[:PORT]/PATH)."_s.arg(url);
+        *problem = u"Not a list URL: \"%1\" (http://HOST[:PORT]/PATH, https://..., master://HOST[:PORT])."_s.arg(url);
+        *usage = true;
         return false;
     }
     waitFor(source);
+    const qsizetype before = entries->size();
     append(source, false, entries);
     if (source.outcome() == ListSource::Outcome::Failed)
-        *problem = source.kind() == ListSource::Kind::Master
+        *problem = source.kind() != ListSource::Kind::WebList
                        ? source.problem()
                        : u"The list at %1 could not be fetched: %2"_s.arg(url, source.problem());
+    else if (entries->size() == before)
+        *problem = u"The list at %1 names no server."_s.arg(url);
     return problem->isEmpty();
 }
 
@@ -169,6 +176,10 @@ int main(int argc, char *argv[])
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(u"pulsebox-query"_s);
     QCoreApplication::setApplicationVersion(QStringLiteral(PULSEBOX_VERSION));
+    // The program may carry cap_net_raw: plug-ins (the TLS backend of https
+    // lists) come only from Qt's own folder, never from QT_PLUGIN_PATH or the
+    // program's folder.
+    QCoreApplication::setLibraryPaths({QLibraryInfo::path(QLibraryInfo::PluginsPath)});
     const int status = run();
     err().flush();
     return status;
@@ -187,7 +198,9 @@ int run()
                                  u"[HOST[:PORT]...]"_s);
     parser.addOptions({
         {u"file"_s, u"Servers from a list file, one HOST[:PORT] a line."_s, u"file"_s},
-        {u"url"_s, u"Servers from a web list (http://HOST[:PORT]/PATH), fetched as the window does."_s, u"url"_s},
+        {u"url"_s, u"Servers from a list location, fetched as the window does: http://HOST[:PORT]/PATH, https:// "
+                  "or a query string (text or binary lists, through a standard HTTP client), master://HOST[:PORT]."_s,
+         u"url"_s},
         {u"master"_s, u"Servers from a master server (UDP, port 27900 when none)."_s, u"host[:port]"_s},
         {u"favorites"_s, u"Servers from a favorites file (Pulsebox.fav); they are marked as favorites."_s,
          u"file"_s},
@@ -251,8 +264,12 @@ int run()
         err() << problem << "\n";
         return ExitUsage;
     }
-    if (parser.isSet(u"url"_s) && !readWebList(parser.value(u"url"_s), &entries, &problem))
+    bool usage = false;
+    if (parser.isSet(u"url"_s) && !readWebList(parser.value(u"url"_s), &entries, &problem, &usage)) {
         err() << problem << "\n";  // probes what did arrive; none: status 1 below
+        if (usage)
+            return ExitUsage;
+    }
     if (parser.isSet(u"master"_s)) {
         const auto master = MasterList::parseHostPort(parser.value(u"master"_s));
         if (!master) {
@@ -265,7 +282,7 @@ int run()
     }
     if (entries.isEmpty()) {
         if (!problem.isEmpty())
-            return ExitNoneAnswered;  // the master said nothing: said above
+            return ExitNoneAnswered;  // the list or the master gave nothing: said above
         err() << "No servers to probe: name them, or give --file, --url, --master or --favorites.\n"
                  "Try 'pulsebox-query --help'.\n";
         return ExitUsage;

@@ -14,9 +14,15 @@ std::optional<Reply> parse(const QByteArray &datagram)
     if (datagram.mid(at, word.size()) != word)
         return std::nullopt;
     at += word.size() + 1;  // the separator, a blank or a line feed, whatever it is
+    return parseRecords(datagram.mid(at));
+}
+
+Reply parseRecords(const QByteArray &records)
+{
     Reply reply;
-    const auto *bytes = reinterpret_cast<const uchar *>(datagram.constData());
-    const qsizetype size = datagram.size();
+    const auto *bytes = reinterpret_cast<const uchar *>(records.constData());
+    const qsizetype size = records.size();
+    qsizetype at = 0;
     for (; at + 6 <= size; at += 6) {
         const uchar *r = bytes + at;
         const Record record{quint32(r[0]) << 24 | quint32(r[1]) << 16 | quint32(r[2]) << 8 | r[3],
@@ -26,7 +32,7 @@ std::optional<Reply> parse(const QByteArray &datagram)
         else
             reply.records.append(record);
     }
-    reply.truncatedBytes = static_cast<int>(std::max<qsizetype>(0, size - at));
+    reply.truncatedBytes = static_cast<int>(size - at);
     return reply;
 }
 

@@ -29,6 +29,9 @@ struct Reply {
 // One datagram. Anything that is not a master's answer (no "servers" word at the
 // start) gives nothing.
 std::optional<Reply> parse(const QByteArray &datagram);
+// Bare 6-byte records, as a master's answer carries them after its word (and as
+// a binary web list is made).
+Reply parseRecords(const QByteArray &records);
 
 // "a.b.c.d:port", the entry form the refresh reads.
 QString entryText(const Record &record);

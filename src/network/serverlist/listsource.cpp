@@ -2,10 +2,13 @@
 
 #include "favorites/favfile.h"
 #include "probes/dssocket.h"
+#include "serverlist/httplist.h"
 #include "serverlist/masterclient.h"
 #include "serverlist/masterlist.h"
 #include "shell/boundedfile.h"
 #include "shell/wiretext.h"
+
+#include <QUrl>
 
 #include <algorithm>
 #include <climits>
@@ -35,6 +38,7 @@ void ListSource::reset(Kind kind, const QString &location)
     bytes_ = 0;
     problem_.clear();
     body_ = ListBodyReader();
+    reportedCount_ = 0;
 }
 
 void ListSource::end(Outcome outcome)
@@ -61,6 +65,8 @@ bool ListSource::start(const QString &location)
         location_ = text;
         return started;
     }
+    if (HttpList::needsStandardClient(text))
+        return startHttp(text);
     reset(Kind::WebList, text);
     const QString host = UrlHost(text);
     if (host.isEmpty()) {
@@ -97,6 +103,7 @@ bool ListSource::start(const QString &location)
 void ListSource::sendRequest()
 {
     body_ = ListBodyReader();
+    statusLineSeen_ = false;
     emit statusChanged(u"Ready to Send..."_s);
     entries_.clear();
     socket_->Send(ListRequestText(UrlHost(location_), UrlPath(location_)));
@@ -104,6 +111,22 @@ void ListSource::sendRequest()
 
 void ListSource::takeLine(const QString &line)
 {
+    // Today's web servers do not take the list request: ask again as a standard
+    // client rather than list the lines of their error page.
+    if (!statusLineSeen_) {
+        statusLineSeen_ = true;
+        if (!HttpList::servedListRequest(line)) {
+            dropSocket();
+            emit statusChanged(u"The list server did not take the list request: asking again as a web browser would..."_s);
+            if (!startHttp(location_)) {  // a location only the list request could read
+                problem_ = u"The list server did not take the list request, and %1 is no URL to ask otherwise."_s
+                               .arg(location_);
+                emit statusChanged(problem_);
+                end(Outcome::Failed);
+            }
+            return;
+        }
+    }
     QString entry;
     if (!body_.take(line, &entry))
         return;
@@ -114,6 +137,45 @@ void ListSource::takeLine(const QString &line)
         emit statusChanged(u"Retreiving List...."_s + QString::number(n));
     }
     bytes_ = capped(bytes_ + line.size());
+}
+
+bool ListSource::startHttp(const QString &location)
+{
+    reset(Kind::HttpList, location);
+    const QUrl url(location, QUrl::StrictMode);
+    const QString scheme = url.scheme().toLower();
+    if (!url.isValid() || url.host().isEmpty() || (scheme != u"http"_s && scheme != u"https"_s)) {
+        outcome_ = Outcome::InvalidLocation;
+        return false;
+    }
+    http_ = new HttpListFetch(this);
+    http_->limits = httpLimits_;
+    connect(http_, &HttpListFetch::progress, this, [this](int n) {
+        const int tens = n / 10 * 10;
+        if (tens > reportedCount_) {
+            reportedCount_ = tens;
+            emit countChanged(tens);
+            emit statusChanged(u"Retreiving List...."_s + QString::number(tens));
+        }
+    });
+    connect(http_, &HttpListFetch::finished, this, &ListSource::httpFinished);
+    http_->start(url);
+    return true;
+}
+
+void ListSource::httpFinished()
+{
+    bytes_ = capped(http_->bytesReceived());
+    problem_ = http_->problem();
+    if (!problem_.isEmpty()) {
+        emit statusChanged(problem_);
+        return end(Outcome::Failed);
+    }
+    entries_ = http_->list().entries;
+    const QString skipped = HttpList::skippedText(http_->list());
+    emit statusChanged(u"Connection closed..."_s + QString::number(bytes_) + u" bytes received."_s
+                       + (skipped.isEmpty() ? QString() : u' ' + skipped));
+    end(Outcome::Listed);
 }
 
 bool ListSource::startMaster(const QString &host, quint16 port)
@@ -178,13 +240,24 @@ std::optional<QByteArray> ListSource::readFile(const QString &kindName)
     return std::nullopt;
 }
 
-void ListSource::cancel()
+void ListSource::dropSocket()
 {
-    ++generation_;
     if (socket_) {
         socket_->disconnect(this);
         socket_->deleteLater();  // it may be the sender of the event being handled
         socket_ = nullptr;
+    }
+}
+
+void ListSource::cancel()
+{
+    ++generation_;
+    dropSocket();
+    if (http_) {
+        http_->disconnect(this);
+        http_->abort();
+        http_->deleteLater();
+        http_ = nullptr;
     }
     if (master_) {
         master_->disconnect(this);
@@ -197,3 +270,5 @@ void ListSource::cancel()
 }
 
 void ListSource::setMasterTimeout(int ms) { masterTimeoutMs_ = ms; }
+
+void ListSource::setHttpLimits(const HttpListFetch::Limits &limits) { httpLimits_ = limits; }

@@ -1,4 +1,5 @@
 #pragma once
+#include "serverlist/httplistfetch.h"
 #include "serverlist/urltext.h"
 
 #include <QObject>
@@ -19,13 +20,21 @@ class MasterClient;
 // line, every later line one entry (an empty line an empty entry). It has no time
 // limit of its own: the server's close or the socket's error (a silent connection
 // times out) ends it, and the Cancel of a refresh does not.
+//
+// The locations that fetch cannot serve go to the standard HTTP client instead
+// (Kind HttpList): "https://" and any location with a query string, and a web
+// list whose server answers the list request with anything but a success status
+// line (an error, a redirect, an error page without status line), which is
+// asked again at once. That client reads text and binary lists
+// and has bounds of time and size (HttpListFetch).
 class ListSource : public QObject {
     Q_OBJECT
 public:
-    enum class Kind { None, WebList, Master, ListFile, FavoritesFile };
+    enum class Kind { None, WebList, HttpList, Master, ListFile, FavoritesFile };
     // Idle before the first start. Listed: the list came (perhaps with no entry).
-    // Failed: the web list's socket failed, the master did not answer, a file could
-    // not be read; the entries received so far stay.
+    // Failed: the web list's socket failed, the standard client gave up or got no
+    // list (then no entry), the master did not answer, a file could not be read;
+    // the entries received so far stay.
     enum class Outcome { Idle, Running, Listed, InvalidLocation, Failed, Cancelled };
 
     explicit ListSource(QObject *parent = nullptr);
@@ -45,23 +54,27 @@ public:
     void cancel();
     // How long a master may take, resolving its name included (default 5000 ms).
     void setMasterTimeout(int ms);
+    // The standard client's bounds (tests make them small).
+    void setHttpLimits(const HttpListFetch::Limits &limits);
 
     Kind kind() const { return kind_; }
     bool isRunning() const { return outcome_ == Outcome::Running; }
     Outcome outcome() const { return outcome_; }
     QString location() const { return location_; }  // the location text, outer spaces removed
     QStringList entries() const { return entries_; }
-    // Characters of the web list's body lines as delivered, or bytes of the
-    // master's answers; at most 2^31 - 1.
+    // Characters of the web list's body lines as delivered, bytes of the standard
+    // client's body, or bytes of the master's answers; at most 2^31 - 1.
     qint64 bytesReceived() const { return bytes_; }
-    // Why a start failed: the master's reason, a file's problem, or the web
-    // list's socket error as "number description". Empty otherwise.
+    // Why a start failed: the master's reason, a file's problem, the standard
+    // client's sentence, or the web list's socket error as "number description".
+    // Empty otherwise.
     QString problem() const { return problem_; }
 
 signals:
     // The status line while the list comes: "Connected...", "Ready to Send...",
     // "Retreiving List....N", "Connection closed...N bytes received.",
-    // "dsSocket1 Error : N:description", "Master server answered: ...".
+    // "dsSocket1 Error : N:description", "Master server answered: ...", and the
+    // standard client's sentences.
     void statusChanged(const QString &text);
     // The list count: every tenth web list entry, a master's total at its end.
     void countChanged(int entries);
@@ -79,6 +92,9 @@ private:
     void end(Outcome outcome);
     void endLater(Outcome outcome);
     void masterFinished();
+    bool startHttp(const QString &location);
+    void httpFinished();
+    void dropSocket();
     std::optional<QByteArray> readFile(const QString &kindName);
 
     Kind kind_ = Kind::None;
@@ -90,6 +106,10 @@ private:
     int masterTimeoutMs_ = 5000;
     quint64 generation_ = 0;  // a later start outdates an earlier start's pending end
     ListBodyReader body_;
+    bool statusLineSeen_ = false;
+    int reportedCount_ = 0;  // the standard client's last count shown
+    HttpListFetch::Limits httpLimits_;
     DsSocket *socket_ = nullptr;
     MasterClient *master_ = nullptr;
+    HttpListFetch *http_ = nullptr;
 };

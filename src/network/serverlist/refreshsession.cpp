@@ -68,7 +68,7 @@ RefreshSession::ListOutcome RefreshSession::fetchList(const RefreshRequest &requ
         *entries = source_->entries();  // a failed fetch keeps what came: the count shows it
         if (source_->outcome() == ListSource::Outcome::Failed) {
             prompts_.message(u"problem getting list of server"_s, kTitle);
-            emit statusChanged(source_->kind() == ListSource::Kind::Master
+            emit statusChanged(source_->kind() != ListSource::Kind::WebList
                                    ? u"Problem getting list from server: "_s + source_->problem()
                                    : u"Problem getting list from server"_s);
             failed = true;

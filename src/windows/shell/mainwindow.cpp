@@ -313,11 +313,13 @@ void MainWindow::start()
     splashTicker_->setInterval(Timeouts::kTickMs);
     listLocationBox_->addItem(listLocationBox_->currentText());
     listLocationBox_->addItem(u"http://127.0.0.1/"_s);
-    // Master servers: the one the demo network runs on this machine, then public
+    // The demo network's master and its list as a standard web server serves it,
+    // then the lists players use today: q2servers.com's (plain text) and public
     // masters, so that a first refresh on the internet finds servers without typing.
-    for (const QString &master : {u"master://127.0.0.1:27900"_s, u"master://master.rlogin.dk:27900"_s,
-                                  u"master://master.quakeservers.net:27900"_s})
-        listLocationBox_->addItem(master);
+    for (const QString &location : {u"master://127.0.0.1:27900"_s, u"http://127.0.0.1/?raw=1"_s,
+                                    u"http://q2servers.com/?raw=1"_s, u"master://master.rlogin.dk:27900"_s,
+                                    u"master://master.quakeservers.net:27900"_s})
+        listLocationBox_->addItem(location);
     listLocationBox_->setEditText(listLocationBox_->itemText(0));
 
     waitUntil([this] { return splashTicks_ >= 2; });
