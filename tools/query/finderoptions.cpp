@@ -30,9 +30,22 @@ void FinderOptions::addTo(QCommandLineParser &parser)
         {u"not-full"_s, u"Leave out full servers."_s},
         {u"no-bots"_s, u"Leave out servers whose only players look like bots (every one pings 0). Implies --status."_s},
         {u"map"_s, u"Keep only servers whose map name contains TEXT, regardless of case."_s, u"text"_s},
-        {u"version"_s, u"Keep only servers of this game version (3.14 to 3.20, or unkn)."_s, u"version"_s},
+        {u"game-version"_s, u"Keep only servers of this game version (3.14 to 3.20, or unkn); also "
+                            "--version=VERSION."_s, u"version"_s},
         {u"max-ping"_s, u"Keep only servers pinging at most this many ms."_s, u"ms"_s},
     });
+}
+
+QStringList FinderOptions::arguments(const QStringList &given)
+{
+    QStringList arguments;
+    for (const QString &argument : given) {
+        if (argument.startsWith(u"--version="_s))
+            arguments << u"--game-version"_s << argument.mid(10);
+        else
+            arguments << argument;
+    }
+    return arguments;
 }
 
 bool FinderOptions::read(const QCommandLineParser &parser, QString *problem)
@@ -46,7 +59,7 @@ bool FinderOptions::read(const QCommandLineParser &parser, QString *problem)
     filter.hideFull = parser.isSet(u"not-full"_s);
     filter.hideOnlyBots = parser.isSet(u"no-bots"_s);
     filter.mapText = parser.value(u"map"_s);
-    filter.version = parser.value(u"version"_s);
+    filter.version = parser.value(u"game-version"_s);
     if (parser.isSet(u"max-ping"_s)) {
         bool ok = false;
         filter.maxPing = parser.value(u"max-ping"_s).trimmed().toInt(&ok);

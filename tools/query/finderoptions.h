@@ -15,6 +15,9 @@ struct FinderOptions {
     QStringList friends;
 
     static void addTo(QCommandLineParser &parser);
+    // The arguments with "--version=X" read as "--game-version X": a bare
+    // --version prints the tool's own version, as every tool's does.
+    static QStringList arguments(const QStringList &given);
     // False with one sentence when an option's value is no good (or the friends
     // file cannot be read).
     bool read(const QCommandLineParser &parser, QString *problem);

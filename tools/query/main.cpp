@@ -206,7 +206,7 @@ int run()
     });
     FinderOptions finder;
     FinderOptions::addTo(parser);
-    if (!parser.parse(QCoreApplication::arguments())) {
+    if (!parser.parse(FinderOptions::arguments(QCoreApplication::arguments()))) {
         err() << parser.errorText() << "\nTry 'pulsebox-query --help'.\n";
         return ExitUsage;
     }
