@@ -340,7 +340,9 @@ private slots:
         QVERIFY(!list->item(arena)->icon().isNull());
         QCOMPARE(list->item(arena)->data(Qt::AccessibleDescriptionRole).toString(), u"Friends here: [Q2]Vector"_s);
 
-        // The watch: on, iconized; Mynx joins Bots before its Fav Refresh.
+        // The watch: on, iconized; Mynx joins Bots before its Fav Refresh (through
+        // the probe engine this time).
+        child<QAction>(lab.window, "fastRefreshAction_")->trigger();
         child<QCheckBox>(lab.window, "watchCheck_")->click();
         w.setFavorites({{u"127.0.23.1"_s, u"a"_s}, {u"127.0.23.2"_s, u"b"_s}});
         QPointer<NotingTray> tray;
