@@ -18,6 +18,9 @@ QStringList parse(const QByteArray &bytes)
                 name.append(c);
         }
         name = name.trimmed().left(kMaxNameLength);
+        if (!name.isEmpty() && name.back().isHighSurrogate())  // never half a character
+            name.chop(1);
+        name = name.trimmed();
         const QString key = PlayerNames::folded(name);
         if (key.isEmpty() || seen.contains(key))
             continue;
