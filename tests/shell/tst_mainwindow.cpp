@@ -363,6 +363,27 @@ private slots:
         QCOMPARE(watch->interval(), 0);
     }
 
+    // A friends file that cannot be read is said at start-up and kept: Save asks
+    // before it replaces it.
+    void unreadFriendsFileIsKept()
+    {
+        TestEnvironment env;
+        const QByteArray huge(300 * 1024, 'x');
+        writeFile(u"Pulsebox.friends"_s, huge);
+        auto w = newMainWindow();
+        w->start();
+        QVERIFY(env.prompts.texts().join(u'|').contains(u"Could not read Pulsebox.friends: it is 307200 bytes long"_s));
+        child<QAction>(w, "findAction_")->trigger();
+        QTest::mouseClick(child<QPushButton>(w, "friendsButton_"), Qt::LeftButton);
+        child<QPlainTextEdit>(w, "namesEdit_")->setPlainText(u"Vector"_s);
+        QTest::mouseClick(child<QPushButton>(w, "saveButton_"), Qt::LeftButton);  // answered No
+        QCOMPARE(env.prompts.shown.last().kind, u"question"_s);
+        QCOMPARE(readFile(u"Pulsebox.friends"_s), huge);
+        env.prompts.answers << true;
+        QTest::mouseClick(child<QPushButton>(w, "saveButton_"), Qt::LeftButton);
+        QCOMPARE(readFile(u"Pulsebox.friends"_s), QByteArray("Vector\n"));
+    }
+
     void waitingSleepsInsteadOfSpinning()
     {
         TestEnvironment env(1.0);

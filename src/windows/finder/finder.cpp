@@ -165,12 +165,16 @@ void MainWindow::markFriendsOf(QListWidgetItem *item, const ServerFacts &facts)
 
 void MainWindow::markFriends()
 {
-    const int size = serverList_->fontMetrics().height();
-    serverList_->setIconSize(QSize(size, size));
+    if (!friends_.isEmpty()) {
+        const int size = serverList_->fontMetrics().height();
+        serverList_->setIconSize(QSize(size, size));
+    }
     QList<Friends::Sighting> seen;
     for (int row = 0; row < serverList_->count(); ++row) {
         QListWidgetItem *item = serverList_->item(row);
         if (friends_.isEmpty()) {
+            if (item->icon().isNull())
+                continue;  // never marked: the row stays as designed
             item->setIcon(QIcon());
             item->setToolTip(QString());
             item->setData(Qt::AccessibleDescriptionRole, QVariant());
