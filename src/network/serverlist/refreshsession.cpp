@@ -100,7 +100,7 @@ bool RefreshSession::run(const RefreshRequest &request)
     running_ = true;
     emit started();
     table_.clearServers();
-    facts_.clear();
+    serverFacts_.clear();
 
     QStringList listEntries;
     bool withList = false;
@@ -195,16 +195,18 @@ void RefreshSession::probeSerial(const RefreshRequest &request, const QString &e
 const ServerFacts &RefreshSession::facts(qint32 index) const
 {
     static const ServerFacts none;
-    return index >= 0 && static_cast<size_t>(index) < facts_.size() ? facts_[static_cast<size_t>(index)] : none;
+    const auto at = static_cast<size_t>(index);
+    return index >= 0 && at < serverFacts_.size() ? serverFacts_[at] : none;
 }
 
 void RefreshSession::keepFacts(qint32 index, ServerFacts facts)
 {
     if (index < 0)
         return;
-    if (facts_.size() <= static_cast<size_t>(index))
-        facts_.resize(static_cast<size_t>(index) + 1);
-    facts_[static_cast<size_t>(index)] = std::move(facts);
+    const auto at = static_cast<size_t>(index);
+    if (serverFacts_.size() <= at)
+        serverFacts_.resize(at + 1);
+    serverFacts_[at] = std::move(facts);
 }
 
 void RefreshSession::probeFast(const RefreshRequest &request, const QStringList &listEntries)

@@ -94,7 +94,7 @@ private:
     bool engineUsesEcho_ = false;
     ListSource *source_;
     ServerTable table_;
-    std::vector<ServerFacts> facts_;  // by record index, like the table
+    std::vector<ServerFacts> serverFacts_;  // by record index, like the table
     void keepFacts(qint32 index, ServerFacts facts);
     bool running_ = false;
     bool cancelRequested_ = false;

@@ -111,7 +111,7 @@ void MainWindow::finderChanged()
 
 void MainWindow::editFriends()
 {
-    auto *editor = new FriendsDialog(friends_, friendsUnread_, findWindow_ ? static_cast<QWidget *>(findWindow_) : this);
+    auto *editor = new FriendsDialog(friends_, friendsUnread_, findWindow_);  // opened from the Find window
     connect(editor, &FriendsDialog::friendsSaved, this, [this](const QStringList &friends) {
         friendsUnread_ = false;
         setFriends(friends);
