@@ -259,7 +259,7 @@ private slots:
         QVERIFY(help->isVisible());
         const QString text = help->text();
         for (const char *topic : {"Refresh List", "Fav Refresh", "Server Info", "Add to Favorites", "Settings",
-                                  "Quick Ping", "Favorites", "Update Master List"})
+                                  "Quick Ping", "Favorites", "Update Master List", "Find and Filter", "Friends..."})
             QVERIFY2(text.contains(QLatin1String(topic)), topic);
         help->close();
     }
