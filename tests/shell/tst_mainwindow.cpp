@@ -361,6 +361,14 @@ private slots:
         emit tray->mouseEvent(TrayIcon::kLeftDoubleClick);
         QTRY_VERIFY(w.isVisible());
         QCOMPARE(watch->interval(), 0);
+
+        // Without a tray, the stand-in square shows the message as a note that
+        // screen readers hear.
+        StandInTray standIn;
+        standIn.add(QIcon(), u"Pulsebox 1.1"_s);
+        standIn.notify(u"Pulsebox"_s, u"Mynx joined Bots"_s);
+        QVERIFY(standIn.note() && standIn.note()->isVisible());
+        QCOMPARE(heard(standIn.note()), u"Mynx joined Bots"_s);
     }
 
     // A friends file that cannot be read is said at start-up and kept: Save asks
