@@ -1,7 +1,10 @@
 // Fast Refresh on a loopback lab: wall time and CPU time of one Refresh List run by
 // the probe engine over N simulated servers (one in five silent), against the
-// serial refresh of the first 100 of them and against qstat on all N.
-//   fastrefresh_bench [--servers N] [--serial K] [--no-qstat]
+// serial refresh of the first 100 of them and against qstat on all N. With
+// --players P every server has P players: the refresh is run again asking every
+// server for them (as the player search needs), and typing into the search box is
+// timed key by key.
+//   fastrefresh_bench [--servers N] [--serial K] [--no-qstat] [--players P] [--no-silent]
 // The simulated servers run in a child process (this program with --serve), so
 // the CPU time reported is the browser's own. Everything stays on 127.0.0.0/8.
 #include "demonet/demonetwork.h"
@@ -15,6 +18,8 @@
 #include <QComboBox>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QKeyEvent>
+#include <QLineEdit>
 #include <QProcess>
 #include <QPushButton>
 #include <QSet>
@@ -37,16 +42,19 @@ QHostAddress labAddress(int i) { return QHostAddress(QStringLiteral("127.0.%1.%2
 
 // The lab: servers and the web list that names them all; a second list names the
 // first `sample` only.
-int serve(int servers, int sample)
+int serve(int servers, int sample, int players, bool silentToo)
 {
     Demo::Config all, some;
     all.httpPort = some.httpPort = 0;
     for (int i = 0; i < servers; ++i) {
         Demo::Server s;
         s.address = labAddress(i);
-        s.protocol = i % 5 == 4 ? QStringLiteral("silent") : QStringLiteral("34");
+        s.protocol = silentToo && i % 5 == 4 ? QStringLiteral("silent") : QStringLiteral("34");
         s.hostName = QStringLiteral("Lab %1").arg(i);
         s.map = QStringLiteral("q2dm1");
+        s.maxClients = std::max(players, 8);
+        for (int p = 0; p < players; ++p)
+            s.players.append({QStringLiteral("[C%1]Player%2").arg(p).arg(i * players + p), p, 20 + p});
         all.servers << s;
         all.listLines << s.address.toString();
     }
@@ -91,6 +99,43 @@ Run refresh(MainWindow &window, const QString &url, bool fast)
             window.findChild<ItemList *>(QStringLiteral("serverList_"))->texts()};
 }
 
+// Fast Refresh with every server asked for its players (the Find window open),
+// then one key at a time typed into the player search: the time from the key
+// press to the list laid out and painted with only the matching rows.
+void searchPlayers(MainWindow &window, const QString &url, const Run &plain)
+{
+    window.findChild<QAction *>(QStringLiteral("findAction_"))->trigger();
+    const Run asked = refresh(window, url, true);
+    std::printf("fast refresh, players asked  %.2f s wall (%+.2f s), %.3f s CPU\n", asked.wall, asked.wall - plain.wall,
+                asked.cpu);
+    auto *search = window.findChild<QLineEdit *>(QStringLiteral("playerSearchEdit_"));
+    auto *list = window.findChild<ItemList *>(QStringLiteral("serverList_"));
+    const auto shown = [list] {
+        int n = 0;
+        for (int row = 0; row < list->count(); ++row)
+            n += list->item(row)->isHidden() ? 0 : 1;
+        return n;
+    };
+    double worst = 0, total = 0;
+    const QString typed = QStringLiteral("player2345");
+    for (const QChar c : typed) {
+        QElapsedTimer clock;
+        clock.start();
+        QKeyEvent press(QEvent::KeyPress, 0, Qt::NoModifier, QString(c));
+        QApplication::sendEvent(search, &press);
+        QApplication::processEvents();
+        list->viewport()->repaint();
+        const double ms = static_cast<double>(clock.nsecsElapsed()) / 1e6;
+        worst = std::max(worst, ms);
+        total += ms;
+        std::printf("  typed \"%s\"  %5.1f ms, rows shown %d of %d\n", qPrintable(search->text()), ms, shown(),
+                    static_cast<int>(list->count()));
+    }
+    std::printf("player search  %.1f ms a key on average, %.1f ms at most\n", total / static_cast<double>(typed.size()),
+                worst);
+    search->clear();
+}
+
 QString rowAddress(const QString &row) { return row.mid(6).section(u':', 0, 0).trimmed(); }
 bool answered(const QString &row) { return !row.contains(QStringLiteral(" - No ")); }
 }
@@ -109,17 +154,22 @@ int main(int argc, char *argv[])
     };
     const int servers = value(QStringLiteral("--servers"), 1000);
     const int sample = std::min(servers, args.contains(QStringLiteral("--no-serial")) ? 0 : value(QStringLiteral("--serial"), 100));
+    const int players = args.contains(QStringLiteral("--players")) ? value(QStringLiteral("--players"), 8) : 0;
     if (args.contains(QStringLiteral("--serve"))) {
         QCoreApplication app(argc, argv);
-        return serve(servers, std::max(sample, 1));
+        return serve(servers, std::max(sample, 1), players, !args.contains(QStringLiteral("--no-silent")));
     }
 
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
     QProcess lab;
-    lab.start(QCoreApplication::applicationFilePath(),
-              {QStringLiteral("--serve"), QStringLiteral("--servers"), QString::number(servers), QStringLiteral("--serial"),
-               QString::number(std::max(sample, 1))});
+    QStringList labArguments{QStringLiteral("--serve"), QStringLiteral("--servers"), QString::number(servers),
+                             QStringLiteral("--serial"), QString::number(std::max(sample, 1))};
+    if (players > 0)
+        labArguments << QStringLiteral("--players") << QString::number(players);
+    if (args.contains(QStringLiteral("--no-silent")))
+        labArguments << QStringLiteral("--no-silent");
+    lab.start(QCoreApplication::applicationFilePath(), labArguments);
     if (!lab.waitForReadyRead(30000)) {
         std::fprintf(stderr, "fastrefresh_bench: the lab did not start\n%s", lab.readAllStandardError().constData());
         return 1;
@@ -144,12 +194,16 @@ int main(int argc, char *argv[])
         ++answering;
         zeroPing += row.startsWith(QStringLiteral("000 "));
     }
-    const int expected = servers - servers / 5;
-    std::printf("lab                 %d servers on loopback, %d silent\n", servers, servers / 5);
+    const int silent = args.contains(QStringLiteral("--no-silent")) ? 0 : servers / 5;
+    const int expected = servers - silent;
+    std::printf("lab                 %d servers on loopback, %d silent, %d players each\n", servers, silent, players);
     std::printf("echo service        %s\n", realIcmp ? qPrintable(QStringLiteral("ICMP, ") + icmp.socketKind() + QStringLiteral(" socket"))
                                                      : "none here: instant stand-in for the serial run, game-query round trips for the engine");
     std::printf("fast refresh        %.2f s wall, %.3f s CPU\n", fast.wall, fast.cpu);
     std::printf("  rows              %lld, answering %d of %d, at 0 ms %d\n", static_cast<long long>(fast.rows.size()), answering, expected, zeroPing);
+
+    if (players > 0)
+        searchPlayers(window, urls[0], fast);
 
     if (sample > 0) {
         const Run serial = refresh(window, urls[1], false);

@@ -1,5 +1,6 @@
 #include "../support/filesizelimit.h"
 #include "favorites/favfile.h"
+#include "finder/friends.h"
 
 #include <QDir>
 #include <QFile>
@@ -72,6 +73,33 @@ private slots:
         QVERIFY(WriteFileAtomically(path, "new\r\n", &error));
         QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList{FavFile::kName});
         QCOMPARE(contents(), QByteArray("new\r\n"));
+    }
+
+    // Pulsebox.friends: UTF-8, one name a line; whatever the bytes, a list of
+    // names comes out, and saving it gives the same list back.
+    void friendsFileRoundTripsAndSurvivesDamage()
+    {
+        const QStringList names{QStringLiteral("Vector"), QStringLiteral("[Q2]Mynx"), QStringLiteral("\u0417\u0435\u0434")};
+        QCOMPARE(Friends::serialize(names), QStringLiteral("Vector\n[Q2]Mynx\n\u0417\u0435\u0434\n").toUtf8());
+        QCOMPARE(Friends::parse(Friends::serialize(names)), names);
+        // CR LF, blanks, empty lines, controls, the same name twice in other letters, an over-long name.
+        QCOMPARE(Friends::parse("  Vector \r\n\r\n\x01\nVEC\x02TOR\nMynx\n" + QByteArray(20000, 'z')),
+                 (QStringList{QStringLiteral("Vector"), QStringLiteral("Mynx"), QString(Friends::kMaxNameLength, u'z')}));
+        const QStringList binary = Friends::parse(QByteArray("\xff\xfe\x00\x80\n\xc3", 6));
+        QCOMPARE(binary, (QStringList{QString(3, QChar(0xFFFD)), QString(1, QChar(0xFFFD))}));  // read as what it is, never a crash
+        QCOMPARE(Friends::parse(Friends::serialize(binary)), binary);
+
+        // A friend appears between two refreshes: only the new sighting is news,
+        // and a friend moving to another server joins that one.
+        const Friends::Sighting a{QStringLiteral("Vector"), QStringLiteral("127.0.0.2:27910"), QStringLiteral("Arena")};
+        const Friends::Sighting b{QStringLiteral("Mynx"), QStringLiteral("127.0.0.3:27910"), QString()};
+        Friends::Sighting moved = a;
+        moved.target = QStringLiteral("127.0.0.4:27910");
+        QCOMPARE(Friends::joined({a}, {a, b}), QList<Friends::Sighting>{b});
+        QCOMPARE(Friends::joined({a, b}, {b}), QList<Friends::Sighting>{});
+        QCOMPARE(Friends::joined({a}, {moved, moved}), QList<Friends::Sighting>{moved});
+        QCOMPARE(Friends::joinedText(a), QStringLiteral("Vector joined Arena"));
+        QCOMPARE(Friends::joinedText(b), QStringLiteral("Mynx joined 127.0.0.3:27910"));
     }
 };
 

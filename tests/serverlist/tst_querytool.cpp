@@ -53,7 +53,10 @@ bool start(Demo::Network &network, const QList<Demo::Server> &servers, const QSt
     config.servers = servers;
     config.listLines = listLines;
     QString error;
-    return network.start(config, &error, true);
+    const bool started = network.start(config, &error, true);
+    if (!started)
+        qWarning() << error;
+    return started;
 }
 
 QString masterHost(const Demo::Network &network) { return network.masterUrl().mid(int(sizeof "master://") - 1); }
@@ -131,6 +134,48 @@ private slots:
         for (const auto &[url, status, message] : failures) {
             const Run run = runTool(QStringList{QStringLiteral("--url"), url});
             QVERIFY2(run.exitCode == status && run.err.contains(message), qPrintable(url + QString::fromLocal8Bit(run.err)));
+        }
+    }
+
+    // --find keeps servers with a matching player, the filters leave servers out,
+    // --friends names the friends on each server: the window's rules.
+    void findFriendsAndFiltersInJson()
+    {
+        Demo::Network network;
+        Demo::Server full = fake("127.0.13.24", "34", "Full", {{QStringLiteral("Vect\u00efr"), 1, 60}});  // high-bit "o"
+        full.maxClients = 1;
+        QVERIFY(start(network, {fake("127.0.13.21", "34", "Arena", {{QStringLiteral("[Q2]Vector"), 3, 40}, {QStringLiteral("Bot"), 0, 0}}),
+                                fake("127.0.13.22", "34", "Bots", {{QStringLiteral("Bot1"), 0, 0}, {QStringLiteral("Bot2"), 0, 0}}),
+                                fake("127.0.13.23", "34", "Empty"), full}));
+        const QString servers = QStringLiteral(" 127.0.13.21 127.0.13.22 127.0.13.23 127.0.13.24 --json --timeout 600");
+        const auto names = [](const Run &run) {
+            QStringList found;
+            for (const QJsonValue &server : QJsonDocument::fromJson(run.out).array())
+                found << server[QStringLiteral("name")].toString();
+            return found.join(u',');
+        };
+        QCOMPARE(names(runTool(QStringLiteral("--find VECTOR") + servers)), QStringLiteral("Arena,Full"));
+        QCOMPARE(names(runTool(QStringLiteral("--find [q2]v") + servers)), QStringLiteral("Arena"));
+        QCOMPARE(names(runTool(QStringLiteral("--no-bots") + servers)), QStringLiteral("Arena,Empty,Full"));
+        QCOMPARE(names(runTool(QStringLiteral("--not-empty --not-full") + servers)), QStringLiteral("Arena,Bots"));
+        QCOMPARE(names(runTool(QStringLiteral("--map DM --version=3.19 --max-ping 1000") + servers)),
+                 QStringLiteral("Arena,Bots,Empty,Full"));
+        QCOMPARE(names(runTool(QStringLiteral("--game-version 3.20") + servers)), QString());
+
+        QTemporaryDir dir;
+        QFile friends(dir.filePath(QStringLiteral("friends.txt")));
+        QVERIFY(friends.open(QIODevice::WriteOnly) && friends.write("vector\r\nMynx\n") > 0);
+        friends.close();
+        const Run marked = runTool(QStringLiteral("--friends ") + friends.fileName() + servers);
+        QCOMPARE(marked.exitCode, 0);
+        QStringList seen;
+        for (const QJsonValue &server : QJsonDocument::fromJson(marked.out).array())
+            seen << server[QStringLiteral("friends")].toVariant().toStringList().join(u'+');
+        QCOMPARE(seen, (QStringList{QStringLiteral("[Q2]Vector"), QString(), QString(), QStringLiteral("Vect\u00efr")}));
+
+        for (const char *bad : {"--find \x01", "--max-ping -5", "--max-ping x", "--friends /nonexistent/friends.txt"}) {
+            const Run run = runTool(QLatin1String(bad) + servers);
+            QVERIFY2(run.exitCode == 2 && !run.err.isEmpty(), bad);
         }
     }
 

@@ -2,6 +2,9 @@
 #include "support/listwebserver.h"
 
 #include "demonet/demonetwork.h"
+#include "finder/findwindow.h"
+#include "shell/seams.h"
+#include "shell/trayicon.h"
 #include "shell/helpwindow.h"
 #include "shell/splashwindow.h"
 #include "shell/itemlist.h"
@@ -10,6 +13,8 @@
 #include "shell/waiting.h"
 
 #include <QAccessible>
+#include <QCheckBox>
+#include <QPlainTextEdit>
 #include <QAction>
 #include <QComboBox>
 #include <QLabel>
@@ -47,6 +52,18 @@ QString heard(QObject *control)
     QAccessibleInterface *iface = QAccessible::queryAccessibleInterface(control);
     return iface ? iface->text(QAccessible::Name) : QStringLiteral("<no interface>");
 }
+
+// A tray that records its notifications.
+class NotingTray : public TrayIcon {
+public:
+    using TrayIcon::TrayIcon;
+    void add(const QIcon &, const QString &) override { shown = true; }
+    void remove() override { shown = false; }
+    bool isShown() const override { return shown; }
+    void notify(const QString &, const QString &text) override { notes << text; }
+    bool shown = false;
+    QStringList notes;
+};
 
 // The main window and a list web server with `count` game servers on loopback.
 struct Lab {
@@ -261,9 +278,137 @@ private slots:
         QVERIFY(help->isVisible());
         const QString text = help->text();
         for (const char *topic : {"Refresh List", "Fav Refresh", "Server Info", "Add to Favorites", "Settings",
-                                  "Quick Ping", "Favorites", "Update Master List"})
+                                  "Quick Ping", "Favorites", "Update Master List", "Find and Filter", "Friends..."})
             QVERIFY2(text.contains(QLatin1String(topic)), topic);
         help->close();
+    }
+
+    // The player search and the filters hide rows and never change them; friends
+    // are marked beside their rows and counted; while iconized, the friends watch's
+    // Fav Refresh tells through the tray who joined since the refresh before.
+    void findFilterAndFriends()
+    {
+        Lab lab("127.0.23.", 0);
+        Demo::Network network;
+        Demo::Config config;
+        config.httpPort = 0;
+        const auto server = [](const char *address, const char *name, QList<Demo::Player> players) {
+            Demo::Server s;
+            s.address = QHostAddress(QLatin1String(address));
+            s.hostName = QLatin1String(name);
+            s.map = u"q2dm1"_s;
+            s.players = players;
+            return s;
+        };
+        config.servers = {server("127.0.23.1", "Arena", {{u"[Q2]Vector"_s, 3, 40}, {u"Bot"_s, 0, 0}}),
+                          server("127.0.23.2", "Bots", {{u"Bot1"_s, 0, 0}, {u"Bot2"_s, 0, 0}}),
+                          server("127.0.23.3", "Empty", {})};
+        config.listLines = {u"127.0.23.1"_s, u"127.0.23.2"_s, u"127.0.23.3"_s};
+        QString error;
+        QVERIFY2(network.start(config, &error, true), qPrintable(error));
+        MainWindow &w = *lab.window;
+        child<QComboBox>(lab.window, "listLocationBox_")->setEditText(network.listUrl());
+        QVERIFY(child(lab.window, "friendsOnlineLabel_")->isHidden());
+
+        child<QAction>(lab.window, "findAction_")->trigger();
+        auto *search = child<QLineEdit>(lab.window, "playerSearchEdit_");
+        QVERIFY(search->isVisible() && !search->toolTip().isEmpty());
+        QCOMPARE(heard(search), u"Player name:"_s);  // named by its label
+        QTest::mouseClick(lab.button("refreshButton_"), Qt::LeftButton);  // the window open: players are asked
+        auto *list = child<ItemList>(lab.window, "serverList_");
+        auto *count = child<QLabel>(lab.window, "listCountLabel_");
+        const QStringList rows = list->texts();
+        QCOMPARE(rows.size(), 3);
+        QCOMPARE(count->text(), u"3"_s);
+        const auto shown = [&] {
+            QStringList names;
+            for (int row = 0; row < list->count(); ++row)
+                if (!list->item(row)->isHidden())
+                    names << list->rowText(row).mid(31, 6).trimmed();
+            return names.join(u',');
+        };
+
+        QTest::keyClicks(search, u"VEC"_s);
+        QCOMPARE(shown(), u"Arena"_s);
+        QCOMPARE(count->text(), u"1 of 3"_s);
+        QTest::keyClicks(search, u"*"_s);  // plain text: no player has a "*"
+        QCOMPARE(shown(), QString());
+        search->clear();
+        QCOMPARE(count->text(), u"3"_s);
+        child<QCheckBox>(lab.window, "hideBotsCheck_")->click();
+        QCOMPARE(shown(), u"Arena,Empty"_s);
+        child<QCheckBox>(lab.window, "hideEmptyCheck_")->click();
+        QCOMPARE(shown(), u"Arena"_s);
+        QVERIFY(readFile(u"Pulsebox.filters"_s).contains("hideEmpty=1\nhideFull=0\nhideOnlyBots=1\n"));
+        child<QCheckBox>(lab.window, "hideBotsCheck_")->click();
+        child<QCheckBox>(lab.window, "hideEmptyCheck_")->click();
+        QCOMPARE(shown(), u"Arena,Bots,Empty"_s);
+        QCOMPARE(list->texts(), rows);  // never a changed row
+
+        // Friends: saved as typed, marked beside the row, counted.
+        QTest::mouseClick(child<QPushButton>(lab.window, "friendsButton_"), Qt::LeftButton);
+        child<QPlainTextEdit>(lab.window, "namesEdit_")->setPlainText(u"mynx\n vector \n"_s);
+        QTest::mouseClick(child<QPushButton>(lab.window, "saveButton_"), Qt::LeftButton);
+        QCOMPARE(readFile(u"Pulsebox.friends"_s), QByteArray("mynx\nvector\n"));
+        auto *online = child<QLabel>(lab.window, "friendsOnlineLabel_");
+        QVERIFY(online->isVisible());
+        QCOMPARE(online->text(), u"1 friend online"_s);
+        QCOMPARE(heard(online), u"1 friend online"_s);
+        QCOMPARE(list->texts(), rows);
+        const int arena = static_cast<int>(rows.indexOf(rows.filter(u"Arena"_s).value(0)));
+        QVERIFY(!list->item(arena)->icon().isNull());
+        QCOMPARE(list->item(arena)->data(Qt::AccessibleDescriptionRole).toString(), u"Friends here: [Q2]Vector"_s);
+
+        // The watch: on, iconized; Mynx joins Bots before its Fav Refresh (through
+        // the probe engine this time).
+        child<QAction>(lab.window, "fastRefreshAction_")->trigger();
+        child<QCheckBox>(lab.window, "watchCheck_")->click();
+        w.setFavorites({{u"127.0.23.1"_s, u"a"_s}, {u"127.0.23.2"_s, u"b"_s}});
+        QPointer<NotingTray> tray;
+        Seams::setTrayMaker([&tray](QWidget *owner) { return tray = new NotingTray(owner); });
+        child<QAction>(lab.window, "iconizeAction_")->trigger();
+        Seams::setTrayMaker({});
+        QVERIFY(tray && !w.isVisible());
+        auto *watch = w.findChild<Ticker *>(u"friendsWatchTicker_"_s);
+        QCOMPARE(watch->interval(), 300 * 1000);
+        network.gameServers()[1]->setPlayers({{u"Bot1"_s, 0, 0}, {u"Mynx"_s, 2, 70}});
+        emit watch->timeout();
+        QCOMPARE(tray->notes, QStringList{u"Mynx joined Bots"_s});
+        QCOMPARE(online->text(), u"2 friends online"_s);
+        emit watch->timeout();  // nobody new
+        QCOMPARE(tray->notes.size(), 1);
+        emit tray->mouseEvent(TrayIcon::kLeftDoubleClick);
+        QTRY_VERIFY(w.isVisible());
+        QCOMPARE(watch->interval(), 0);
+
+        // Without a tray, the stand-in square shows the message as a note that
+        // screen readers hear.
+        StandInTray standIn;
+        standIn.add(QIcon(), u"Pulsebox 1.1"_s);
+        standIn.notify(u"Pulsebox"_s, u"Mynx joined Bots"_s);
+        QVERIFY(standIn.note() && standIn.note()->isVisible());
+        QCOMPARE(heard(standIn.note()), u"Mynx joined Bots"_s);
+    }
+
+    // A friends file that cannot be read is said at start-up and kept: Save asks
+    // before it replaces it.
+    void unreadFriendsFileIsKept()
+    {
+        TestEnvironment env;
+        const QByteArray huge(300 * 1024, 'x');
+        writeFile(u"Pulsebox.friends"_s, huge);
+        auto w = newMainWindow();
+        w->start();
+        QVERIFY(env.prompts.texts().join(u'|').contains(u"Could not read Pulsebox.friends: it is 307200 bytes long"_s));
+        child<QAction>(w, "findAction_")->trigger();
+        QTest::mouseClick(child<QPushButton>(w, "friendsButton_"), Qt::LeftButton);
+        child<QPlainTextEdit>(w, "namesEdit_")->setPlainText(u"Vector"_s);
+        QTest::mouseClick(child<QPushButton>(w, "saveButton_"), Qt::LeftButton);  // answered No
+        QCOMPARE(env.prompts.shown.last().kind, u"question"_s);
+        QCOMPARE(readFile(u"Pulsebox.friends"_s), huge);
+        env.prompts.answers << true;
+        QTest::mouseClick(child<QPushButton>(w, "saveButton_"), Qt::LeftButton);
+        QCOMPARE(readFile(u"Pulsebox.friends"_s), QByteArray("Vector\n"));
     }
 
     void waitingSleepsInsteadOfSpinning()

@@ -142,7 +142,7 @@ QByteArray answerFor(const Server &server, const QByteArray &query)
             + "\\maxclients\\" + QByteArray::number(server.maxClients) + "\\protocol\\" + protocol
             + "\\timelimit\\20\\version\\3.20 x86 Demo Linux\n";
         for (const Player &p : server.players)
-            answer += QString::asprintf("%i %i \"%s\"\n", p.score, p.ping, latin1(p.name).constData()).toLatin1();
+            answer += QByteArray::number(p.score) + ' ' + QByteArray::number(p.ping) + " \"" + latin1(p.name) + "\"\n";
         return answer;
     }
     return {};

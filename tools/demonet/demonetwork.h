@@ -78,6 +78,7 @@ class GameServer : public QObject {
 public:
     explicit GameServer(const Server &server, QObject *parent = nullptr);
     bool start(QString *error);
+    void setPlayers(const QList<Player> &players) { server_.players = players; }  // who plays from now on
     QList<QByteArray> received;  // every datagram, as it came
 
 private:

@@ -1,6 +1,7 @@
 // pulsebox-query: probes Quake 2 servers from the command line with the same
 // engine and the same decisions as the window's fast refresh.
 #include "engine/probeengine.h"
+#include "finderoptions.h"
 #include "probes/statusanswer.h"
 #include "probes/timeouts.h"
 #include "serverlist/listsource.h"
@@ -216,7 +217,9 @@ int run()
         {u"status"_s, u"Also ask each answering server for its settings and players."_s},
         {u"json"_s, u"Every server as a JSON object (an array on standard output)."_s},
     });
-    if (!parser.parse(QCoreApplication::arguments())) {
+    FinderOptions finder;
+    FinderOptions::addTo(parser);
+    if (!parser.parse(FinderOptions::arguments(QCoreApplication::arguments()))) {
         err() << parser.errorText() << "\nTry 'pulsebox-query --help'.\n";
         return ExitUsage;
     }
@@ -227,9 +230,13 @@ int run()
 
     ProbeSettings settings;
     settings.echoes = parser.isSet(u"regular"_s) ? 3 : 1;
-    settings.status = parser.isSet(u"status"_s);
     int retries = settings.tries - 1;
     QString problem;
+    if (!finder.read(parser, &problem)) {
+        err() << problem << "\n";
+        return ExitUsage;
+    }
+    settings.status = parser.isSet(u"status"_s) || finder.needsStatus();
     if (!wholeNumber(parser, u"rate"_s, &settings.rate, &problem)
         || !wholeNumber(parser, u"timeout"_s, &settings.queryTimeoutMs, &problem)
         || !wholeNumber(parser, u"retries"_s, &retries, &problem)) {
@@ -311,13 +318,18 @@ int run()
     QTextStream out(stdout);
     if (parser.isSet(u"json"_s)) {
         QJsonArray array;
-        for (const ProbeResult &r : results)
-            array.append(jsonOf(r, settings.status));
+        for (const ProbeResult &r : results) {
+            if (!finder.keeps(r))
+                continue;
+            QJsonObject object = jsonOf(r, settings.status);
+            finder.mark(r, &object);
+            array.append(object);
+        }
         out << QJsonDocument(array).toJson(QJsonDocument::Indented);
     } else {
         QList<const ProbeResult *> rows;
         for (const ProbeResult &r : results) {
-            if (r.accepted)
+            if (r.accepted && finder.keeps(r))
                 rows.append(&r);
         }
         std::stable_sort(rows.begin(), rows.end(),

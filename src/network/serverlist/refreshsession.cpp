@@ -4,6 +4,7 @@
 #include "engine/probeengine.h"
 #include "probes/address.h"
 #include "probes/echoservice.h"
+#include "probes/gamequery.h"
 #include "probes/gamequerychannel.h"
 #include "probes/timeouts.h"
 #include "serverlist/listsource.h"
@@ -99,6 +100,7 @@ bool RefreshSession::run(const RefreshRequest &request)
     running_ = true;
     emit started();
     table_.clearServers();
+    serverFacts_.clear();
 
     QStringList listEntries;
     bool withList = false;
@@ -180,7 +182,31 @@ void RefreshSession::probeSerial(const RefreshRequest &request, const QString &e
     logLine(Probe::TimeLine(address, ping, request.ttlText, favorite));
     const Probe::Accepted accepted =
         Probe::Accept(address, server.port, ping, probe.version, probe.infoLine, favorite);
-    emit rowAccepted(accepted.row, table_.appendServer(accepted.record));
+    // Only a server that gave its info line is asked for its players.
+    const bool answered = probe.infoLine != GameQuery::infoLine(QString());
+    const QString status =
+        request.players && answered ? queries_.query(address, server.port, GameQuery::StatusMode) : QString();
+    const qint32 index = table_.appendServer(accepted.record);
+    keepFacts(index, ServerFacts::of(address + u':' + server.port, accepted.hostName, probe.version, accepted.map,
+                                     accepted.players, ping, status));
+    emit rowAccepted(accepted.row, index);
+}
+
+const ServerFacts &RefreshSession::facts(qint32 index) const
+{
+    static const ServerFacts none;
+    const auto at = static_cast<size_t>(index);
+    return index >= 0 && at < serverFacts_.size() ? serverFacts_[at] : none;
+}
+
+void RefreshSession::keepFacts(qint32 index, ServerFacts facts)
+{
+    if (index < 0)
+        return;
+    const auto at = static_cast<size_t>(index);
+    if (serverFacts_.size() <= at)
+        serverFacts_.resize(at + 1);
+    serverFacts_[at] = std::move(facts);
 }
 
 void RefreshSession::probeFast(const RefreshRequest &request, const QStringList &listEntries)
@@ -200,6 +226,7 @@ void RefreshSession::probeFast(const RefreshRequest &request, const QStringList 
     settings.pingLimit = Probe::NumberValue(request.pingLimitText);
     settings.queryTimeoutMs = static_cast<int>(std::lround(Timeouts::kEngineQueryMs * Ticker::timeScale()));
     settings.echoTimeoutMs = Timeouts::kPingEchoMs;
+    settings.status = request.players;
 
     ProbeEngine engine;
     std::unique_ptr<ServiceEchoBatch> service;
@@ -234,8 +261,12 @@ void RefreshSession::probeFast(const RefreshRequest &request, const QStringList 
             if (!(overLimit && i == r.log.size() - 1))
                 selected = lines.size() - 1;
         }
-        if (r.accepted)
-            emit rowAccepted(r.row, table_.appendServer(r.record));
+        if (r.accepted) {
+            const qint32 index = table_.appendServer(r.record);
+            keepFacts(index, ServerFacts::of(r.address + u':' + r.portText, r.hostName, r.version, r.map, r.players,
+                                             r.ping, r.statusAnswer));
+            emit rowAccepted(r.row, index);
+        }
     }
     if (!lines.isEmpty())
         emit logLines(lines, selected);

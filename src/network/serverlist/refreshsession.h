@@ -1,4 +1,5 @@
 #pragma once
+#include "finder/serverfilter.h"
 #include "serverlist/refreshdecisions.h"
 
 #include <QObject>
@@ -19,6 +20,10 @@ struct RefreshRequest {
     QString ttlText = QStringLiteral("90");
     bool quickPing = true;     // one echo a server; Regular Ping sends three
     bool fast = false;         // Fast Refresh: the probe engine probes every server at once
+    // Also ask every answering server for "status" (its players), for the player
+    // search, the filters and the friends: Fast Refresh once per server in the
+    // engine, the serial refresh right after each server's version probe.
+    bool players = false;
 };
 
 // Refresh List and Fav Refresh, without widgets: fetches the list, probes the
@@ -52,6 +57,8 @@ public:
     // The accepted servers of the last refresh; Count Hops fills in their hops.
     const ServerTable &table() const { return table_; }
     ServerTable &table() { return table_; }
+    // What the filters look at, of the table's record `index` (empty for none).
+    const ServerFacts &facts(qint32 index) const;
 
 signals:
     // A run began: the rows, the log and the list count start empty.
@@ -87,6 +94,8 @@ private:
     bool engineUsesEcho_ = false;
     ListSource *source_;
     ServerTable table_;
+    std::vector<ServerFacts> serverFacts_;  // by record index, like the table
+    void keepFacts(qint32 index, ServerFacts facts);
     bool running_ = false;
     bool cancelRequested_ = false;
 };

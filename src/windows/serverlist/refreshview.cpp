@@ -17,15 +17,23 @@ void MainWindow::connectSession()
     connect(session_, &RefreshSession::started, this, [this] {
         serverList_->clear();
         logList_->clear();
-        listCountLabel_->setText(u"0"_s);
+        listCountText_ = u"0"_s;
+        showListCount();
     });
     connect(session_, &RefreshSession::statusChanged, this, &MainWindow::setStatus);
     connect(session_, &RefreshSession::listCountChanged, this,
-            [this](int entries) { listCountLabel_->setText(QString::number(entries)); });
+            [this](int entries) {
+                listCountText_ = QString::number(entries);
+                showListCount();
+            });
     connect(session_, &RefreshSession::addressProbed, serverAddressEdit_, &QLineEdit::setText);
     connect(session_, &RefreshSession::logLines, this, &MainWindow::addLogLines);
     connect(session_, &RefreshSession::rowAccepted, this,
-            [this](const QString &row, qint32 index) { serverList_->setRowData(serverList_->addRow(row), index); });
+            [this](const QString &row, qint32 index) {
+                const int added = serverList_->addRow(row);
+                serverList_->setRowData(added, index);
+                presentRow(added);
+            });
     connect(session_, &RefreshSession::probingStarted, this, [this] {
         facts_.refreshProbing = true;
         showProgress(0, 1);
@@ -61,6 +69,7 @@ void MainWindow::runRefresh(bool favoritesOnly)
     request.ttlText = ttlEdit_->text();
     request.quickPing = quickPingAction_->isChecked();
     request.fast = fastRefreshAction_->isChecked();
+    request.players = playersAsked_ = playersWanted();
 
     session_->setEchoService(&Seams::echo(), Seams::echoReplaced());
     matcherData_.PlayerCount = 1;  // a refresh starts the matcher's players afresh
@@ -71,6 +80,8 @@ void MainWindow::runRefresh(bool favoritesOnly)
     Activity::Scope running(activity_, Activity::Kind::Refresh);
     session_->run(request);
     facts_.refreshProbing = false;
+    markFriends();
+    showListCount();
 }
 
 void MainWindow::cancelRun()

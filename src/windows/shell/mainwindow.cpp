@@ -85,6 +85,7 @@ MainWindow::MainWindow(QWidget *parent)
     setCentralWidget(client);
     buildControls(client);
     buildMenus();
+    buildFinder(client);
     layout()->setSizeConstraint(QLayout::SetFixedSize);  // a fixed single border: no resizing
     queries_->setActivity(&activity_);
     connectHandlers();
@@ -202,6 +203,7 @@ void MainWindow::buildMenus()
     quickPingAction_->setChecked(true);
     fastRefreshAction_ = item(optionsMenu_, "fastRefreshAction_", u"Fast Refresh"_s);
     fastRefreshAction_->setCheckable(true);
+    findAction_ = item(optionsMenu_, "findAction_", u"Find and F&ilter..."_s);
     optionsMenu_->addSeparator();
     settingsAction_ = item(optionsMenu_, "settingsAction_", u"Settings"_s);
 
@@ -328,6 +330,7 @@ void MainWindow::start()
 
     loadFavorites();
     readConfiguration();
+    loadFinder();
 
     if (const QScreen *screen = QGuiApplication::primaryScreen()) {
         adjustSize();

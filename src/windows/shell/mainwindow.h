@@ -1,5 +1,7 @@
 #pragma once
 #include "favorites/favfile.h"
+#include "finder/friends.h"
+#include "finder/serverfilter.h"
 #include "pinglists/pinglist.h"
 #include "shell/activity.h"
 #include "shell/controlstates.h"
@@ -22,6 +24,8 @@ class RefreshSession;
 class Ticker;
 class TrayIcon;
 class FavoritesDialog;
+class FindWindow;
+class QListWidgetItem;
 class LauncherBar;
 class SplashWindow;
 struct ServerRec;
@@ -94,6 +98,23 @@ private:
     void iconize();
     void onTrayEvent(int number);
 
+    // Find and Filter, friends and the friends watch (finder/finder.cpp).
+    void buildFinder(QWidget *client);
+    void loadFinder();
+    void showFinder();
+    void finderChanged();
+    void editFriends();
+    void setFriends(const QStringList &friends);
+    bool playersWanted() const;  // a refresh asks every server for its players
+    void hideRows();             // the filters and the search over every row
+    void presentRow(int row);    // a new row: hidden or not, its friend mark
+    void markFriendsOf(QListWidgetItem *item, const ServerFacts &facts);
+    // Every row's friend mark, "n friends online", and the watch's notification.
+    void markFriends();
+    void showListCount();
+    void updateWatch();
+    void watchTick();
+
     // State.
     Activity activity_;
     ControlFacts facts_;
@@ -112,13 +133,24 @@ private:
     QPointer<LauncherBar> launcherBar_;
     Ticker *splashTicker_;
     Ticker *trayClickTicker_;
+    FinderSettings finder_;        // the filters, the search text and the watch
+    QStringList friends_;
+    bool friendsUnread_ = false;   // Pulsebox.friends exists but could not be read
+    bool finderSaveFailed_ = false;
+    QString foldedSearch_;         // finder_.filter.playerText, folded once per change
+    QString listCountText_;        // what the list count shows while no filter is on
+    bool playersAsked_ = false;    // the last refresh asked every server for its players
+    bool watchRun_ = false;        // the Fav Refresh under way is the friends watch's
+    QList<Friends::Sighting> sightings_;  // friends seen by the last refresh
+    QPointer<FindWindow> findWindow_;
+    Ticker *friendsWatchTicker_;
 
     // Controls.
     QLabel *serverAddressLabel_, *listLocationLabel_, *pingLimitLabel_, *ttlLabel_;
     QLineEdit *serverAddressEdit_, *pingLimitEdit_, *ttlEdit_;
     QComboBox *listLocationBox_;
     QFrame *topRule_, *bottomRule_;
-    QLabel *serverInfoCaption_, *listCountCaption_, *listCountLabel_, *logCaption_, *statusLabel_;
+    QLabel *serverInfoCaption_, *listCountCaption_, *listCountLabel_, *logCaption_, *statusLabel_, *friendsOnlineLabel_;
     QProgressBar *progressBar_;
     QLabel *pingHeader_, *addressHeader_, *nameHeader_, *hopsHeader_, *versionHeader_, *mapHeader_, *playersHeader_;
     ItemList *serverList_, *logList_;
@@ -126,6 +158,7 @@ private:
         *serverInfoButton_;
     QMenu *fileMenu_, *optionsMenu_, *pingMenu_, *helpMenu_;
     QAction *loadAction_, *saveAction_, *exitAction_, *favoritesAction_, *updateMasterAction_, *quickPingAction_,
-        *fullPingAction_, *fastRefreshAction_, *settingsAction_, *iconizeAction_, *contentsAction_, *aboutAction_;
+        *fullPingAction_, *fastRefreshAction_, *settingsAction_, *iconizeAction_, *contentsAction_, *aboutAction_,
+        *findAction_;
     QActionGroup *pingModeGroup_;
 };

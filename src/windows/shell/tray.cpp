@@ -30,6 +30,7 @@ void MainWindow::iconize()
     tray_->add(icon, TrayTip());
     if (tray_->isShown())
         hide();
+    updateWatch();
 }
 
 // 513: a press that may be the first half of a double click. Its handler waits
@@ -64,5 +65,6 @@ void MainWindow::onTrayEvent(int number)
         activateWindow();
         if (tray_)
             tray_->remove();
+        updateWatch();
     }
 }

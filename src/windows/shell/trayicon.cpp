@@ -3,7 +3,10 @@
 #include "shell/iconize.h"
 #include "shell/twips.h"
 
+#include <QAccessible>
 #include <QGuiApplication>
+#include <QLabel>
+#include <QTimer>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScreen>
@@ -44,6 +47,11 @@ void SystemTray::add(const QIcon &icon, const QString &tip)
 
 void SystemTray::remove() { icon_->hide(); }
 bool SystemTray::isShown() const { return icon_->isVisible(); }
+
+void SystemTray::notify(const QString &title, const QString &text)
+{
+    icon_->showMessage(title, text, QSystemTrayIcon::Information);
+}
 
 namespace {
 class StandInWindow : public QWidget {
@@ -100,7 +108,11 @@ private:
 
 StandInTray::StandInTray(QObject *parent) : TrayIcon(parent) {}
 
-StandInTray::~StandInTray() { delete window_; }
+StandInTray::~StandInTray()
+{
+    delete note_;
+    delete window_;
+}
 
 void StandInTray::add(const QIcon &icon, const QString &tip)
 {
@@ -129,3 +141,33 @@ void StandInTray::remove()
 }
 
 bool StandInTray::isShown() const { return window_ && window_->isVisible(); }
+
+void StandInTray::notify(const QString &title, const QString &text)
+{
+    if (!note_) {
+        auto *note = new QLabel(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+        note->setObjectName(u"trayNote"_s);
+        note->setAttribute(Qt::WA_QuitOnClose, false);
+        note->setAttribute(Qt::WA_ShowWithoutActivating);
+        note->setFrameShape(QFrame::Box);
+        note->setMargin(8);
+        note->setWordWrap(true);
+        note->setMaximumWidth(Twips::size(4800, 0).width());
+        note_ = note;
+    }
+    auto *note = static_cast<QLabel *>(note_.data());
+    note->setText(text);
+    note->setWindowTitle(title);
+    note->setAccessibleName(text);
+    note->adjustSize();
+    const ScreenRect work = GetWorkArea();
+    const QRect icon = window_ ? window_->frameGeometry() : QRect(work.Right, work.Top, 0, 0);
+    const int top = icon.top() > work.Top ? icon.top() - note->height() : icon.bottom() + 1;
+    note->move(std::max(work.Left, work.Right - note->width()), top);
+    note->show();
+    note->raise();
+    // Screen readers hear the note as it comes, as they do a desktop notification.
+    QAccessibleEvent alert(note, QAccessible::Alert);
+    QAccessible::updateAccessibility(&alert);
+    QTimer::singleShot(8000, note, &QWidget::hide);
+}

@@ -25,6 +25,9 @@ public:
     virtual void add(const QIcon &icon, const QString &tip) = 0;
     virtual void remove() = 0;
     virtual bool isShown() const = 0;
+    // A short message from the icon ("NAME joined SERVER"), which screen readers
+    // announce. Icons that cannot show one ignore it.
+    virtual void notify(const QString &title, const QString &text) { (void)title, (void)text; }
 
     // Whether the owner still waits to see if a first click becomes a double
     // click: a click meanwhile is that double click's second half.
@@ -46,6 +49,7 @@ public:
     void add(const QIcon &icon, const QString &tip) override;
     void remove() override;
     bool isShown() const override;
+    void notify(const QString &title, const QString &text) override;
 
 private:
     QSystemTrayIcon *icon_;
@@ -62,8 +66,12 @@ public:
     void add(const QIcon &icon, const QString &tip) override;
     void remove() override;
     bool isShown() const override;
+    // A small note window beside the icon, closing itself after a while.
+    void notify(const QString &title, const QString &text) override;
     QWidget *window() const { return window_; }
+    QWidget *note() const { return note_; }
 
 private:
     QPointer<QWidget> window_;
+    QPointer<QWidget> note_;
 };
