@@ -1,11 +1,14 @@
 // pulsebox-query: probes Quake 2 servers from the command line with the same
 // engine and the same decisions as the window's fast refresh.
+#include "engine/hopfinder.h"
 #include "engine/probeengine.h"
+#include "probes/address.h"
 #include "probes/statusanswer.h"
 #include "probes/timeouts.h"
 #include "serverlist/listsource.h"
 #include "serverlist/masterlist.h"
 #include "serverlist/urltext.h"
+#include "shell/serverrow.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -162,6 +165,35 @@ QJsonObject jsonOf(const ProbeResult &r, bool withStatus)
 }
 }
 
+// --hops: the hop count and the route of every answering server, all at once.
+QHash<QString, HopResult> countHops(const QList<ProbeResult> &results)
+{
+    QList<qint32> destinations;
+    for (const ProbeResult &r : results)
+        if (r.answered)
+            destinations.append(DottedToAddress(r.address));
+    HopFinder finder;
+    QEventLoop loop;
+    QObject::connect(&finder, &HopFinder::finished, &loop, &QEventLoop::quit);
+    finder.start(destinations);
+    if (finder.isRunning())
+        loop.exec();
+    QHash<QString, HopResult> byAddress;
+    for (const HopResult &h : finder.results())
+        byAddress.insert(AddressToDotted(h.destination), h);
+    return byAddress;
+}
+
+void addHops(QJsonObject &o, const HopResult &h)
+{
+    o[u"hops"_s] = h.hops > 0 ? QJsonValue(h.hops) : QJsonValue();
+    QJsonArray route;
+    for (const HopAnswer &a : h.route)
+        route.append(QJsonObject{{u"hop"_s, a.hop}, {u"address"_s, AddressToDotted(a.address)},
+                                 {u"rtt"_s, static_cast<qint64>(a.roundTripMs)}});
+    o[u"route"_s] = route;
+}
+
 int run();
 
 int main(int argc, char *argv[])
@@ -202,6 +234,7 @@ int run()
                            .arg(Timeouts::kEngineQueryTries - 1), u"n"_s},
         {u"status"_s, u"Also ask each answering server for its settings and players."_s},
         {u"json"_s, u"Every server as a JSON object (an array on standard output)."_s},
+        {u"hops"_s, u"Also count the router hops to every answering server (with --json, its route too)."_s},
     });
     if (!parser.parse(QCoreApplication::arguments())) {
         err() << parser.errorText() << "\nTry 'pulsebox-query --help'.\n";
@@ -291,11 +324,17 @@ int run()
     err().flush();
 
     const QList<ProbeResult> &results = engine.results();
+    const bool withHops = parser.isSet(u"hops"_s);
+    const QHash<QString, HopResult> hops = withHops ? countHops(results) : QHash<QString, HopResult>();
     QTextStream out(stdout);
     if (parser.isSet(u"json"_s)) {
         QJsonArray array;
-        for (const ProbeResult &r : results)
-            array.append(jsonOf(r, settings.status));
+        for (const ProbeResult &r : results) {
+            QJsonObject o = jsonOf(r, settings.status);
+            if (withHops && r.answered)
+                addHops(o, hops.value(r.address));
+            array.append(o);
+        }
         out << QJsonDocument(array).toJson(QJsonDocument::Indented);
     } else {
         QList<const ProbeResult *> rows;
@@ -306,7 +345,7 @@ int run()
         std::stable_sort(rows.begin(), rows.end(),
                          [](const ProbeResult *a, const ProbeResult *b) { return a->ping < b->ping; });
         for (const ProbeResult *r : rows)
-            out << r->row << "\n";
+            out << (withHops && r->answered ? ServerRow::withHops(r->row, hops.value(r->address).hops) : r->row) << "\n";
     }
     out.flush();
     const bool anyAnswered = std::any_of(results.begin(), results.end(), [](const ProbeResult &r) { return r.answered; });
