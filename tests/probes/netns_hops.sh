@@ -45,6 +45,13 @@ ms=$(echo "$out" | sed -n 's/^probes=.* ms=//p')
 [ "${ms:-0}" -ge 2000 ] && echo "ok   14 probes a time-to-live at 5 a second took $ms ms" ||
     { echo "FAIL 14 probes a time-to-live at 5 a second took only ${ms:-?} ms"; failures=$((failures + 1)); }
 
+# The same through a ping socket (routers' answers on its error queue) instead of a raw one.
+client sysctl -qw net.ipv4.ping_group_range="0 0"
+out=$(client "$finder" --timeout 500 198.18.5.2 198.18.3.2)
+check "ping socket: 4 hops behind the silent router" 1 "$(echo "$out" | grep -c '^198.18.5.2 done=1 hops=4 route=.*2:198.18.2.2,4:198.18.5.2$')"
+check "ping socket: 3 hops" 1 "$(echo "$out" | grep -c '^198.18.3.2 done=1 hops=3 route=.*2:198.18.2.2,3:198.18.3.2$')"
+client sysctl -qw net.ipv4.ping_group_range="1 0"
+
 # Cancel stops at once: the silent server's search is left unfinished.
 out=$(client "$finder" --cancel-after 300 198.18.7.7 198.18.3.2)
 check "cancelled: the silent server unfinished" 1 "$(echo "$out" | grep -c '^198.18.7.7 done=0 hops=0 ')"
