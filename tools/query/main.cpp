@@ -165,6 +165,7 @@ QJsonObject jsonOf(const ProbeResult &r, bool withStatus)
 }
 }
 
+namespace {
 // --hops: the hop count and the route of every answering server, all at once.
 QHash<QString, HopResult> countHops(const QList<ProbeResult> &results)
 {
@@ -192,6 +193,7 @@ void addHops(QJsonObject &o, const HopResult &h)
         route.append(QJsonObject{{u"hop"_s, a.hop}, {u"address"_s, AddressToDotted(a.address)},
                                  {u"rtt"_s, static_cast<qint64>(a.roundTripMs)}});
     o[u"route"_s] = route;
+}
 }
 
 int run();

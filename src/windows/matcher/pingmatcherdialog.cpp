@@ -315,10 +315,12 @@ void PingMatcherDialog::pingServers()
 
     cancelRequested_ = false;
     yieldOnce();
-    if (fast_)
+    if (fast_) {
         pingAllAtOnce();
-    for (qint32 s = 1; !fast_ && s <= data_.MatchServerCount && !cancelRequested_; ++s)
-        pingServer(s);
+    } else {
+        for (qint32 s = 1; s <= data_.MatchServerCount && !cancelRequested_; ++s)
+            pingServer(s);
+    }
 
     statusLabel_->setText(QString());
     if (!cancelRequested_) {
