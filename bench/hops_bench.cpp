@@ -1,7 +1,8 @@
 // Count Hops over a routed lab: the hop finder (Count Hops with Fast Refresh on) on
 // N servers three hops away behind two routers, the first of which rate-limits its
 // Time Exceeded answers, against the one-at-a-time trace (Count Hops as without
-// Fast Refresh) on K of them.
+// Fast Refresh) on K of them; then both on the server behind a router that never
+// answers.
 //   hops_bench [--servers N] [--serial K]      (N 1..200, default 100; K default 5)
 // The lab is tests/probes/hoplab.sh, in network namespaces made here and removed at
 // the end; it needs root. Everything stays inside those namespaces.
@@ -102,6 +103,17 @@ int main(int argc, char *argv[])
             counts << QString::number(HopTrace::run(echo, server(i), Timeouts::kCountHopsTicks, hooks).hops());
         std::printf("one-at-a-time Count Hops, %d servers: %.1f s, counts %s\n", serial, clock.elapsed() / 1000.0,
                     qPrintable(counts.join(u' ')));
+        // The server four hops away behind the router that never answers.
+        const qint32 far = DottedToAddress(QStringLiteral("198.18.5.2"));
+        clock.restart();
+        const int farSerial = HopTrace::run(echo, far, Timeouts::kCountHopsTicks, hooks).hops();
+        const qint64 farSerialMs = clock.elapsed();
+        clock.restart();
+        finder.start({far});
+        if (finder.isRunning())
+            loop.exec();
+        std::printf("behind the silent router (4 hops): one-at-a-time %d in %.1f s, fast %d in %.1f s\n", farSerial,
+                    farSerialMs / 1000.0, finder.results().value(0).hops, clock.elapsed() / 1000.0);
     }
     lab({QStringLiteral("down"), tag});
     return 0;
