@@ -4,6 +4,7 @@
 #include "engine/echobatch.h"
 #include "engine/probeengine.h"
 #include "probes/address.h"
+#include "probes/hoppacing.h"
 #include "probes/icmppacket.h"
 
 #include <QNetworkDatagram>
@@ -12,6 +13,7 @@
 #include <QtTest>
 
 #include <functional>
+#include <map>
 #include <memory>
 
 namespace {
@@ -208,6 +210,75 @@ private slots:
         batch.clear();
         QTest::qWait(500);
         QVERIFY(answers.isEmpty());
+    }
+
+    // The pacer against a simulated network on a fake clock: servers at distances 1
+    // to 4 behind routers that answer in 5 ms (one of them never), servers that
+    // answer in 10 ms, and one server that never answers.
+    void hopPacerKeepsItsBudgetsAndEndsEachSearchEarly()
+    {
+        HopPacing pacing;
+        pacing.maxTtl = 8;
+        pacing.rate = 500;
+        pacing.routerBudget = 6;
+        pacing.timeoutMs = 300;
+        const std::vector<int> distance{1, 2, 3, 3, 4, 4, 3, 0};  // 0: never answers
+        const int silentRouterTtl = 2;                             // no router answers there
+        const int servers = static_cast<int>(distance.size());
+        HopPacer pacer(servers, pacing, 0);
+        std::multimap<qint64, std::pair<HopPacer::Probe, bool>> outcomes;  // at ms: probe, reached
+        std::vector<std::vector<qint64>> sendsByTtl(static_cast<size_t>(pacing.maxTtl) + 1);
+        std::vector<qint64> allSends;
+        std::vector<int> sentTo(static_cast<size_t>(servers), 0);
+        qint64 now = 0;
+        for (; now <= 20000 && !pacer.allDone(); ++now) {
+            while (!outcomes.empty() && outcomes.begin()->first <= now) {
+                const auto [probe, reached] = outcomes.begin()->second;
+                outcomes.erase(outcomes.begin());
+                pacer.settle(probe.server, probe.ttl, reached);
+            }
+            const qint64 next = pacer.nextSendMs(now);
+            QVERIFY(next == -1 || next >= now);
+            while (const auto probe = pacer.take(now)) {
+                QVERIFY(next == now);  // never a probe before the time it was promised
+                sendsByTtl[static_cast<size_t>(probe->ttl)].push_back(now);
+                allSends.push_back(now);
+                ++sentTo[static_cast<size_t>(probe->server)];
+                const int d = distance[static_cast<size_t>(probe->server)];
+                if (d > 0 && probe->ttl >= d)
+                    outcomes.insert({now + 10, {*probe, true}});
+                else if (probe->ttl == silentRouterTtl || d == 0)
+                    outcomes.insert({now + pacing.timeoutMs, {*probe, false}});
+                else
+                    outcomes.insert({now + 5, {*probe, false}});
+            }
+        }
+        QVERIFY(pacer.allDone());
+        for (int s = 0; s < servers; ++s) {
+            QCOMPARE(pacer.hops(s), distance[static_cast<size_t>(s)]);
+            QVERIFY(pacer.done(s));
+        }
+        QCOMPARE(sentTo.back(), pacing.maxTtl);  // the silent server got every probe, once
+        QVERIFY(sentTo.front() < pacing.maxTtl);  // its answer ended a near server's search
+        // Never more than the budget with one time-to-live in any second, nor more than
+        // the rate and one burst (5 probes) in any second.
+        const auto mostInASecond = [](const std::vector<qint64> &sends) {
+            size_t most = 0;
+            for (size_t i = 0; i < sends.size(); ++i)
+                most = std::max(most, size_t(std::upper_bound(sends.begin(), sends.end(), sends[i] + 999) - sends.begin()) - i);
+            return int(most);
+        };
+        int busiest = 0;
+        for (const auto &sends : sendsByTtl)
+            busiest = std::max(busiest, mostInASecond(sends));
+        QCOMPARE(busiest, pacing.routerBudget);  // 8 servers a time-to-live: the budget binds
+        QVERIFY(mostInASecond(allSends) <= pacing.rate + 5);
+        // Eight servers with a budget of six: the last two wait a second for their first
+        // probe, and the silent ones for their time-out after that.
+        QVERIFY2(now >= 1000 + pacing.timeoutMs && now < 2000 + pacing.timeoutMs, qPrintable(QString::number(now)));
+
+        HopPacer none(0, pacing, 0);  // nothing to count: done at once
+        QVERIFY(none.allDone() && !none.take(0) && none.nextSendMs(0) == -1);
     }
 
     void settingsOutOfBoundsAreRefusedOrClamped()

@@ -235,6 +235,55 @@ private slots:
         QCOMPARE(column(w, 3), (QStringList{u"1.1"_s, u"1.1"_s, u"1.1"_s}));
     }
 
+    // With Fast Refresh on, Ping measures every server at once and stores what the
+    // one-at-a-time run stores where every router answers: nothing for a silent
+    // server or one the hop probes never reach, 0 hops at 0 ms, else the hops up to
+    // the server's own answer.
+    void fastPingRunStoresWhatTheSerialRunStores()
+    {
+        const QList<PlayerScores> alice{{u"Alice"_s, {{3, 40}, {7, 15}, {2, 9}, {4, 4}}}};
+        const auto script = [](ScriptedEcho &echo) {
+            echo.script[dotted(1)] = {{0, 11010, 0}};
+            echo.routes[dotted(2)] = {u"127.9.0.1"_s, u"127.9.0.2"_s};
+            echo.script[dotted(2)] = {{1, 0, 11}};
+            echo.script[dotted(3)] = {{1, 0, 0}};
+            echo.script[dotted(4)] = {{1, 0, 20}, {1, 0, 20}, {1, 0, 20}, {0, 11010, 0}};
+        };
+        Matcher serial(alice);
+        script(serial.env.echo);
+        serial.env.prompts.inputs = {u"Serial"_s};
+        QTest::mouseClick(button(*serial.w, "pingButton_"), Qt::LeftButton);
+
+        TestEnvironment env;
+        MatcherData data = matcherData(alice);
+        PingMatcherDialog fast(data, nullptr, true);
+        fast.show();
+        script(env.echo);
+        env.prompts.inputs = {u"Fast"_s};
+        QStringList statuses;
+        env.echo.onSend = [&] {
+            const QString status = label(fast, "statusLabel_")->text();
+            if (statuses.isEmpty() || statuses.last() != status)
+                statuses << status;
+        };
+        QTest::mouseClick(button(fast, "pingButton_"), Qt::LeftButton);
+        QCOMPARE(statuses, (QStringList{u"Pinging"_s, u"Counting Hops"_s}));
+
+        QCOMPARE(data.PlayerCount, 2);
+        QCOMPARE(std::pair(data.record(2, 2)->Hops, data.record(2, 2)->PingMs), std::pair(3, 11));
+        for (qint32 s = 1; s <= 4; ++s)
+            QCOMPARE(std::pair(data.record(2, s)->Hops, data.record(2, s)->PingMs),
+                     std::pair(serial.data.record(2, s)->Hops, serial.data.record(2, s)->PingMs));
+        QCOMPARE(rows(fast).size(), 4);
+        for (int r = 0; r < 4; ++r)
+            QCOMPARE(rows(fast)[r].mid(0, 3), rows(*serial.w)[r].mid(0, 3));
+        int hopProbes = 0;
+        for (const auto &[destination, ttl] : env.echo.sent)
+            hopProbes += ttl != 250;
+        QVERIFY(hopProbes <= 30 + 30);  // servers 2 and 4 only, each time-to-live at most once
+        QVERIFY(button(fast, "saveButton_")->isVisible());
+    }
+
     void cancelDuringTheThirdOfFive()
     {
         Matcher m({{u"Alice"_s, {{1, 10}, {2, 20}, {3, 30}, {4, 40}, {5, 50}}}});

@@ -1,6 +1,7 @@
 // Runs Count Hops through the main window against one real server and prints the
-// stored hop count and the log: "hops=N" then one line per log line.
-// Run inside the network namespaces that netns_icmp.sh builds.
+// stored hop count and the log: "hops=N" then one line per log line. --fast: with
+// Fast Refresh on. Run inside the network namespaces that netns_icmp.sh and
+// netns_hops.sh build.
 #include "support/testsupport.h"
 
 #include "probes/address.h"
@@ -19,8 +20,9 @@ int main(int argc, char *argv[])
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: counthops_probe DESTINATION\n");
+    const bool fast = argc == 3 && qstrcmp(argv[1], "--fast") == 0;
+    if (argc != 2 && !fast) {
+        std::fprintf(stderr, "usage: counthops_probe [--fast] DESTINATION\n");
         return 2;
     }
     TestEnvironment env(1.0);
@@ -29,11 +31,13 @@ int main(int argc, char *argv[])
     MainWindowDriver::offerListCommands(*window);
     ItemList *list = MainWindowDriver::serverList(*window);
     ServerRec rec;
-    rec.Address = DottedToAddress(QString::fromLatin1(argv[1]));
+    rec.Address = DottedToAddress(QString::fromLatin1(argv[argc - 1]));
     rec.Port = 27910;
     const qint32 k = window->servers().appendServer(rec);
     list->setRowData(list->addRow(ServerRow::format(1, false, AddressToDotted(rec.Address) + QStringLiteral(":27910"),
                                                     {}, {}, {}, {})), k);
+    if (fast)
+        MainWindowDriver::trigger(*window, "fastRefreshAction_");
     env.prompts.answers = {true};
     window->findChild<QPushButton *>(QStringLiteral("countHopsButton_"))->click();
     std::printf("hops=%d\n", window->servers().Servers[static_cast<size_t>(k)].Hops);

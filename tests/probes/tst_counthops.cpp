@@ -264,6 +264,55 @@ private slots:
         h.verifyRestored();
     }
 
+    // With Fast Refresh on, every row at once: a router that never answers is not
+    // counted, a server that never answers gets the TTL box's number, and the lines
+    // come one per answered probe, row after row. Cancel keeps the rows finished.
+    void fastRefreshCountsEveryRowAtOnce()
+    {
+        Hops h;
+        h.add(10, "127.0.60.31", 27910, false);
+        h.add(20, "127.0.60.32", 27910, true);
+        h.add(30, "127.0.60.33", 27910, false);
+        h.env.echo.script[u"127.0.60.31"_s] = {arrives()};
+        h.env.echo.routes[u"127.0.60.32"_s] = {u"127.0.61.1"_s, QString(), u"127.0.61.3"_s};
+        h.env.echo.script[u"127.0.60.32"_s] = {arrives(12)};
+        h.env.echo.script[u"127.0.60.33"_s] = {kSilent};
+        h.ttl->setText(u"12"_s);
+        MainWindowDriver::trigger(*h.window, "fastRefreshAction_");
+        h.run();
+        QCOMPARE(h.log(), (QStringList{u"Trace Route: Hop 1 127.0.60.31 time=9 ms."_s, u"Trace Route: Hop 1 127.0.61.1 time=5 ms."_s,
+                                       u"Trace Route: Hop 3 127.0.61.3 time=15 ms."_s, u"Trace Route: Hop 4 127.0.60.32 time=12 ms."_s}));
+        QCOMPARE(h.logList->selectedRow(), 3);
+        QCOMPARE(h.hops(), (QList<qint32>{1, 4, 12}));
+        QCOMPARE(QStringList({h.hopColumn(0), h.hopColumn(1), h.hopColumn(2)}), QStringList({u" -   1 "_s, u" -   4 "_s, u" -  12 "_s}));
+        QList<int> silentTtls;
+        for (const auto &[destination, ttl] : h.env.echo.sent) {
+            QVERIFY(ttl >= 1 && ttl <= 12);
+            if (destination == u"127.0.60.33"_s)
+                silentTtls << ttl;
+        }
+        std::sort(silentTtls.begin(), silentTtls.end());
+        QCOMPARE(silentTtls, (QList<int>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}));  // each once
+        QCOMPARE(h.env.echo.timeouts, QList<int>(h.env.echo.sent.size(), 2700));
+        h.verifyRestored();
+
+        // Cancel once the first server is done and the silent one still has probes to go.
+        Hops c;
+        c.add(10, "127.0.60.34", 27910, false, 7);
+        c.add(20, "127.0.60.35", 27910, false, 7);
+        c.env.echo.script[u"127.0.60.35"_s] = {kSilent};
+        c.env.echo.onSend = [&c] {
+            if (c.env.echo.sent.size() == 11)
+                QTimer::singleShot(0, c.button("cancelButton_"), &QPushButton::click);
+        };
+        MainWindowDriver::trigger(*c.window, "fastRefreshAction_");
+        c.run();
+        QCOMPARE(c.hops(), (QList<qint32>{1, 7}));
+        QCOMPARE(c.log(), QStringList{u"Trace Route: Hop 1 127.0.60.34 time=10 ms."_s});
+        QVERIFY(c.env.echo.sent.size() < 31);
+        c.verifyRestored();
+    }
+
     void cancelDuringTheThirdOfFive()
     {
         Hops h;

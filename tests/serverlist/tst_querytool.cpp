@@ -79,7 +79,7 @@ private slots:
                                 fake("127.0.13.2", "31", "Query Two"), fake("127.0.13.3", "silent", "Quiet")},
                       {QStringLiteral("127.0.13.2"), QString(), QStringLiteral("127.0.13.3:27910")}));
 
-        const Run run = runTool(QStringLiteral("--master %1 --json --status --timeout 600").arg(masterHost(network)));
+        const Run run = runTool(QStringLiteral("--master %1 --json --status --hops --timeout 600").arg(masterHost(network)));
         QCOMPARE(run.exitCode, 0);
         QJsonParseError parseError;
         const QJsonArray servers = QJsonDocument::fromJson(run.out, &parseError).array();
@@ -97,6 +97,15 @@ private slots:
         verifyFields(servers[1].toObject(), {{"version", QStringLiteral("3.14")}, {"name", QStringLiteral("Query Two")}});
         verifyFields(servers[2].toObject(), {{"answered", false}, {"name", QJsonValue::Null}, {"players", QJsonValue::Null},
                                              {"playerList", QJsonArray()}});
+        // --hops: a loopback server is one hop away, its own answer the whole route
+        // (null where ICMP is not allowed); a server that did not answer gets none.
+        QVERIFY(one.contains(QStringLiteral("hops")) && !servers[2].toObject().contains(QStringLiteral("hops")));
+        if (!one[QStringLiteral("hops")].isNull()) {
+            QCOMPARE(one[QStringLiteral("hops")].toInt(), 1);
+            const QJsonArray route = one[QStringLiteral("route")].toArray();
+            QCOMPARE(route.size(), 1);
+            verifyFields(route[0].toObject(), {{"hop", 1}, {"address", QStringLiteral("127.0.13.1")}});
+        }
 
         // Rows from the web list, fetched as the window fetches it, and the favorites together.
         QTemporaryDir dir;

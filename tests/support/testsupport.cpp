@@ -62,9 +62,14 @@ int ScriptedEcho::sendEcho(qint32 destination, const QByteArray &, int ttl, int 
     Outcome outcome{1, 0, 10};
     if (destination == 0)
         outcome = {0, 11018, 0};
+    const QStringList route = routes.value(dotted);
     auto it = script.find(dotted);
-    if (it != script.end() && !it->isEmpty())
+    if (ttl >= 1 && ttl <= route.size()) {
+        const QString &router = route[ttl - 1];
+        outcome = router.isEmpty() ? Outcome{0, 11010, 0} : Outcome{1, 11013, quint32(5 * ttl), router};
+    } else if (it != script.end() && !it->isEmpty()) {
         outcome = it->size() > 1 ? it->takeFirst() : it->first();
+    }
     reply.Address = outcome.from.isEmpty() ? destination : DottedToAddress(outcome.from);
     reply.Status = outcome.status;
     reply.RoundTripTime = outcome.rtt;

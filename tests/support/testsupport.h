@@ -48,6 +48,10 @@ public:
         QString from = {};  // dotted address of who answered; empty for the destination itself
     };
     QHash<QString, QList<Outcome>> script;  // consumed in order; the last one repeats
+    // The routers before a destination, in hop order ("" never answers): a probe whose
+    // time-to-live runs out at one gets its answer (5 ms a hop), and only the others
+    // reach the destination and take from its script.
+    QHash<QString, QStringList> routes;
     QList<QPair<QString, int>> sent;        // destination and time-to-live of every call
     QList<int> timeouts;                    // the time-out of every call, in ms
     std::function<void()> onSend;           // runs at every call, before it answers

@@ -1,12 +1,15 @@
 // pulsebox-query: probes Quake 2 servers from the command line with the same
 // engine and the same decisions as the window's fast refresh.
+#include "engine/hopfinder.h"
 #include "engine/probeengine.h"
 #include "finderoptions.h"
+#include "probes/address.h"
 #include "probes/statusanswer.h"
 #include "probes/timeouts.h"
 #include "serverlist/listsource.h"
 #include "serverlist/masterlist.h"
 #include "serverlist/urltext.h"
+#include "shell/serverrow.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -170,6 +173,37 @@ QJsonObject jsonOf(const ProbeResult &r, bool withStatus)
 }
 }
 
+namespace {
+// --hops: the hop count and the route of every answering server, all at once.
+QHash<QString, HopResult> countHops(const QList<ProbeResult> &results)
+{
+    QList<qint32> destinations;
+    for (const ProbeResult &r : results)
+        if (r.answered)
+            destinations.append(DottedToAddress(r.address));
+    HopFinder finder;
+    QEventLoop loop;
+    QObject::connect(&finder, &HopFinder::finished, &loop, &QEventLoop::quit);
+    finder.start(destinations);
+    if (finder.isRunning())
+        loop.exec();
+    QHash<QString, HopResult> byAddress;
+    for (const HopResult &h : finder.results())
+        byAddress.insert(AddressToDotted(h.destination), h);
+    return byAddress;
+}
+
+void addHops(QJsonObject &o, const HopResult &h)
+{
+    o[u"hops"_s] = h.hops > 0 ? QJsonValue(h.hops) : QJsonValue();
+    QJsonArray route;
+    for (const HopAnswer &a : h.route)
+        route.append(QJsonObject{{u"hop"_s, a.hop}, {u"address"_s, AddressToDotted(a.address)},
+                                 {u"rtt"_s, static_cast<qint64>(a.roundTripMs)}});
+    o[u"route"_s] = route;
+}
+}
+
 int run();
 
 int main(int argc, char *argv[])
@@ -216,6 +250,7 @@ int run()
                            .arg(Timeouts::kEngineQueryTries - 1), u"n"_s},
         {u"status"_s, u"Also ask each answering server for its settings and players."_s},
         {u"json"_s, u"Every server as a JSON object (an array on standard output)."_s},
+        {u"hops"_s, u"Also count the router hops to every answering server (with --json, its route too)."_s},
     });
     FinderOptions finder;
     FinderOptions::addTo(parser);
@@ -315,6 +350,8 @@ int run()
     err().flush();
 
     const QList<ProbeResult> &results = engine.results();
+    const bool withHops = parser.isSet(u"hops"_s);
+    const QHash<QString, HopResult> hops = withHops ? countHops(results) : QHash<QString, HopResult>();
     QTextStream out(stdout);
     if (parser.isSet(u"json"_s)) {
         QJsonArray array;
@@ -323,6 +360,8 @@ int run()
                 continue;
             QJsonObject object = jsonOf(r, settings.status);
             finder.mark(r, &object);
+            if (withHops && r.answered)
+                addHops(object, hops.value(r.address));
             array.append(object);
         }
         out << QJsonDocument(array).toJson(QJsonDocument::Indented);
@@ -335,7 +374,7 @@ int run()
         std::stable_sort(rows.begin(), rows.end(),
                          [](const ProbeResult *a, const ProbeResult *b) { return a->ping < b->ping; });
         for (const ProbeResult *r : rows)
-            out << r->row << "\n";
+            out << (withHops && r->answered ? ServerRow::withHops(r->row, hops.value(r->address).hops) : r->row) << "\n";
     }
     out.flush();
     const bool anyAnswered = std::any_of(results.begin(), results.end(), [](const ProbeResult &r) { return r.answered; });

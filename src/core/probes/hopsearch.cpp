@@ -12,8 +12,7 @@ QStringList HopSearch::record(bool answered, qint32 from, quint32 roundTripMs, q
     lastAnswered_ = answered;
     reached_ = answered && from == destination_;
     if (answered) {
-        lines << QStringLiteral("Trace Route: Hop %1 %2 time=%3 ms.")
-                     .arg(counter_).arg(AddressToDotted(from)).arg(roundTripMs);
+        lines << line(counter_, from, roundTripMs);
         ++counter_;
     }
     if (ticks > tickLimit_) {
@@ -23,6 +22,11 @@ QStringList HopSearch::record(bool answered, qint32 from, quint32 roundTripMs, q
     if (counter_ <= 255)
         ttl_ = static_cast<int>(counter_);
     return lines;
+}
+
+QString HopSearch::line(qint64 hop, qint32 from, quint32 roundTripMs)
+{
+    return QStringLiteral("Trace Route: Hop %1 %2 time=%3 ms.").arg(hop).arg(AddressToDotted(from)).arg(roundTripMs);
 }
 
 bool HopSearch::goOn(qint64 bound, bool cancelRequested) const

@@ -44,6 +44,9 @@ public:
     // destination answered.
     bool goOn(qint64 bound, bool cancelRequested) const;
 
+    // The log line of an answered probe: "Trace Route: Hop N A.B.C.D time=T ms.".
+    static QString line(qint64 hop, qint32 from, quint32 roundTripMs);
+
     // The counter: 1 + answered probes + probes after which the tick rule fired.
     qint64 counter() const { return counter_; }
     // The hop count of the trace: counter - 1 (cut to what a record's field holds).

@@ -143,8 +143,14 @@ void IcmpEchoBatch::send(int token, qint32 destination, const QByteArray &payloa
     to.sin_family = AF_INET;
     to.sin_addr.s_addr = htonl(dest);
     const qint64 now = clock_.nsecsElapsed();
-    if (::sendto(fd_, packet.constData(), static_cast<size_t>(packet.size()), 0,
-                 reinterpret_cast<const sockaddr *>(&to), sizeof to) < 0)
+    const auto sendOnce = [&] {
+        return ::sendto(fd_, packet.constData(), static_cast<size_t>(packet.size()), 0,
+                        reinterpret_cast<const sockaddr *>(&to), sizeof to);
+    };
+    // A router's answer to an earlier echo leaves its error pending on a ping socket as
+    // well as on the error queue, and the kernel fails the next send with it (and clears
+    // it): the error queue keeps the answer, and the send is made once more.
+    if (sendOnce() < 0 && (raw_ || sendOnce() < 0))
         return failNow(EchoStatus::fromErrno(errno));
     const qint64 deadline = now + qint64(std::max(timeoutMs, 1)) * kMs;
     outstanding_.insert(sequence, {token, dest, now, deadline});

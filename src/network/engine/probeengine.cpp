@@ -232,6 +232,8 @@ void ProbeEngine::resolved(int index, const QString &address)
     s.series.wanted = settings_.echoes;
     if (icmp_)
         return beginPing(index);
+    if (settings_.pingOnly)
+        return finishServer(index);  // no echoes here: no replies
     if (s.ip == 0) {  // no address to query
         r.echoStatus = EchoStatus::BadDestination;
         r.log << Probe::FailureLine(address, r.echoStatus);
@@ -264,6 +266,11 @@ void ProbeEngine::judgePing(int index)
     Server &s = servers_[static_cast<size_t>(index)];
     ProbeResult &r = results_[index];
     r.echoStatus = s.series.lastStatus;
+    r.echoReplies = s.series.successes;
+    if (settings_.pingOnly) {
+        r.ping = s.series.ping();
+        return finishServer(index);
+    }
     if (s.series.failed()) {
         r.log << Probe::FailureLine(r.address, s.series.lastStatus);
         return finishServer(index);

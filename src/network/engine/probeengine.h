@@ -50,6 +50,7 @@ struct ProbeSettings {
     int rate = 8000;              // packets per second, echoes and queries together
     int inFlight = 1000;          // servers probed at the same time
     bool status = false;          // also ask every answering server for "status" (statusAnswer)
+    bool pingOnly = false;        // only the echoes: no ping limit, no game queries (the matcher)
 
     // Values outside these bounds are clamped by setSettings; check() says why a
     // value is refused instead (for a command line that wants to refuse).
@@ -84,6 +85,7 @@ struct ProbeResult {
     bool answered = false;     // the game server gave an info line (not "No data returned")
     double ping = 0;           // mean round trip in ms, when pinged
     quint32 echoStatus = 0;    // status of the last echo (0 success)
+    int echoReplies = 0;       // echoes that got a reply (a router's answer counts), up to the first that got none
     RttSource rttSource = RttSource::None;
     QString version;           // "3.14" .. "3.20", valid when accepted
     QString infoLine;          // as the version probe gives it

@@ -1,8 +1,11 @@
 #include "matcher/pingmatcherdialog.h"
 
+#include "engine/hopfinder.h"
+#include "engine/probeengine.h"
 #include "matcher/matchgrid.h"
 #include "pinglists/pinglist.h"
 #include "pinglists/pinglistfiles.h"
+#include "probes/address.h"
 #include "probes/echoservice.h"
 #include "probes/hoptrace.h"
 #include "probes/timeouts.h"
@@ -24,6 +27,7 @@
 #include <QRadioButton>
 
 #include <cmath>
+#include <memory>
 
 using namespace Qt::StringLiterals;
 
@@ -103,7 +107,8 @@ QLabel *picture(QWidget *parent, const char *name, int which, QRect geometry)
 }
 }
 
-PingMatcherDialog::PingMatcherDialog(MatcherData &data, QWidget *owner) : QDialog(owner), data_(data)
+PingMatcherDialog::PingMatcherDialog(MatcherData &data, QWidget *owner, bool fast)
+    : QDialog(owner), data_(data), fast_(fast)
 {
     setObjectName(u"PingMatcherDialog"_s);
     setWindowTitle(u"Ping Matcher"_s);
@@ -310,8 +315,12 @@ void PingMatcherDialog::pingServers()
 
     cancelRequested_ = false;
     yieldOnce();
-    for (qint32 s = 1; s <= data_.MatchServerCount && !cancelRequested_; ++s)
-        pingServer(s);
+    if (fast_) {
+        pingAllAtOnce();
+    } else {
+        for (qint32 s = 1; s <= data_.MatchServerCount && !cancelRequested_; ++s)
+            pingServer(s);
+    }
 
     statusLabel_->setText(QString());
     if (!cancelRequested_) {
@@ -368,14 +377,76 @@ void PingMatcherDialog::pingServer(qint32 s)
         lastAnswered = search.lastAnswered();
     }
 
-    if (lastAnswered) {
-        const qint32 P = data_.PlayerCount;
-        const qint32 whole = static_cast<qint32>(std::min(std::floor(average), 2147483647.0));
-        matchGrid_->setCellText(s, P, Match::display(MatchMode::HopsFirst, hops, whole));
-        if (ServerRec *rec = data_.record(P, s)) {
-            rec->Hops = hops;
-            rec->PingMs = ServerRow::roundHalfEven(average);
+    if (lastAnswered)
+        storeMeasurement(s, hops, average);
+    yieldOnce();
+}
+
+void PingMatcherDialog::storeMeasurement(qint32 s, qint32 hops, double average)
+{
+    const qint32 P = data_.PlayerCount;
+    const qint32 whole = static_cast<qint32>(std::min(std::floor(average), 2147483647.0));
+    matchGrid_->setCellText(s, P, Match::display(MatchMode::HopsFirst, hops, whole));
+    if (ServerRec *rec = data_.record(P, s)) {
+        rec->Hops = hops;
+        rec->PingMs = ServerRow::roundHalfEven(average);
+    }
+}
+
+// Every server at once: up to three echoes each (the engine's pings), then the hop
+// finder for the servers whose mean round trip is above 0. A server gets what the
+// one-at-a-time run stores when every router answers: its hop count is the
+// smallest time-to-live it answered itself, and a server the hop probes never
+// reach gets nothing, as a trace whose last probe went unanswered. After a Cancel,
+// the servers measured to the end keep their values.
+void PingMatcherDialog::pingAllAtOnce()
+{
+    const std::unique_ptr<EchoBatch> echoes = Seams::echoBatch();
+    const auto stopped = [this] { return cancelRequested_ || waitsAbandoned(); };
+    QList<ProbeEntry> entries;
+    for (qint32 s = 1; s <= data_.MatchServerCount; ++s)
+        entries.append({AddressToDotted(recordOf(1, s).Address), false});
+    statusLabel_->setText(u"Pinging"_s);
+    ProbeEngine engine;
+    engine.setEchoBatch(echoes.get());
+    ProbeSettings settings;
+    settings.echoes = 3;
+    settings.ttl = kPingTtl;
+    settings.echoTimeoutMs = kPingTimeoutMs;
+    settings.pingOnly = true;
+    engine.setSettings(settings);
+    bool pinged = false;
+    connect(&engine, &ProbeEngine::finished, this, [&pinged] { pinged = true; });
+    engine.start(entries);
+    waitUntil([&] { return pinged || stopped(); });
+    engine.cancel();
+    const QList<ProbeResult> pings = engine.results();
+
+    QList<qint32> destinations;
+    for (const ProbeResult &r : pings)
+        if (r.done && r.ping > 0)
+            destinations.append(DottedToAddress(r.address));
+    HopFinder finder;
+    finder.setEchoBatch(echoes.get());
+    if (!destinations.isEmpty() && !stopped()) {
+        statusLabel_->setText(u"Counting Hops"_s);
+        bool counted = false;
+        connect(&finder, &HopFinder::finished, this, [&counted] { counted = true; });
+        finder.start(destinations);
+        waitUntil([&] { return counted || stopped(); });
+        finder.cancel();
+    }
+    qsizetype traced = 0;
+    for (qint32 s = 1; s <= pings.size(); ++s) {
+        const ProbeResult &r = pings[s - 1];
+        if (!r.done)
+            continue;
+        if (r.ping > 0) {
+            const HopResult hop = finder.results().value(traced++);
+            if (hop.done && hop.hops > 0)
+                storeMeasurement(s, hop.hops, r.ping);
+        } else if (r.echoReplies == settings.echoes) {
+            storeMeasurement(s, 0, r.ping);
         }
     }
-    yieldOnce();
 }

@@ -19,7 +19,8 @@ class Ticker;
 class PingMatcherDialog : public QDialog {
     Q_OBJECT
 public:
-    PingMatcherDialog(MatcherData &data, QWidget *owner);
+    // `fast`: Ping measures every server at once (Options, Fast Refresh).
+    PingMatcherDialog(MatcherData &data, QWidget *owner, bool fast = false);
 
     // The outer width in twips (the designed frame counted), as the fill and the
     // resize rule see it.
@@ -51,6 +52,10 @@ private:
     void pingServers();
     // Measures server s for the newest player; nothing is stored when it did not answer.
     void pingServer(qint32 s);
+    // Measures every server at once: the engine's pings, then the hop finder.
+    void pingAllAtOnce();
+    // Writes server s's cell and the newest player's record.
+    void storeMeasurement(qint32 s, qint32 hops, double average);
     void sortByMatchFactor();
     void showMode(MatchMode mode);
     void saveToFile();
@@ -62,6 +67,7 @@ private:
     MatcherData &data_;
     bool matchBusy_ = false;
     bool cancelRequested_ = false;
+    bool fast_ = false;
     MatchMode matchMode_ = MatchMode::HopsFirst;  // of the last mode click
     int widthTwips_ = 0;
 

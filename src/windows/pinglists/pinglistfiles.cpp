@@ -13,6 +13,8 @@
 
 #include "shell/boundedfile.h"
 
+#include <QAction>
+
 using namespace Qt::StringLiterals;
 
 namespace PingListFiles {
@@ -83,7 +85,7 @@ void MainWindow::loadList()
 // File, Load returns only once the matcher is closed again.
 void MainWindow::showMatcher()
 {
-    PingMatcherDialog matcher(matcherData_, this);
+    PingMatcherDialog matcher(matcherData_, this, fastRefreshAction_->isChecked());
     matcher.show();
     waitUntil([&matcher] { return !matcher.isVisible(); });
 }

@@ -1,4 +1,6 @@
-// Count Hops: a trace route to every server of the main list, one after the other.
+// Count Hops: a trace route to every server of the main list, one after the other;
+// with Fast Refresh on, to all of them at once.
+#include "engine/hopfinder.h"
 #include "probes/address.h"
 #include "probes/hoptrace.h"
 #include "probes/timeouts.h"
@@ -9,8 +11,12 @@
 #include "shell/seams.h"
 #include "shell/waiting.h"
 
+#include <QAction>
 #include <QLabel>
 #include <QLineEdit>
+
+#include <algorithm>
+#include <limits>
 
 using namespace Qt::StringLiterals;
 
@@ -29,6 +35,12 @@ void MainWindow::countHops()
     showProgress(0, 1);
 
     const auto stop = [this] { return hopsCancelRequested_ || waitsAbandoned(); };
+    if (fastRefreshAction_->isChecked()) {
+        countHopsAtOnce(stop);
+        hopsCancelRequested_ = false;
+        setStatus(u"Done..."_s);
+        return;
+    }
     HopTrace::Hooks hooks;
     hooks.lines = [this](const QStringList &lines) {
         for (const QString &line : lines) {
@@ -42,29 +54,79 @@ void MainWindow::countHops()
     // handlers run (a Fav Refresh among them), and none of them may leave an index
     // pointing past the end.
     for (int i = 0; i < serverList_->count() && !stop();) {
-        ServerTable &table = session_->table();
-        const int k = serverList_->rowData(i);
-        const bool held = k >= 1 && static_cast<size_t>(k) < table.Servers.size();
-        serverAddressEdit_->setText(AddressToDotted(held ? table.Servers[static_cast<size_t>(k)].Address : 0));
+        serverAddressEdit_->setText(AddressToDotted(rowDestination(i)));
         const qint32 destination = DottedToAddress(serverAddressEdit_->text());
         yieldOnce();
 
         const qint32 hops = HopTrace::run(Seams::echo(), destination, Timeouts::kCountHopsTicks, hooks).hops();
-        if (i < serverList_->count()) {
-            ServerTable &now = session_->table();
-            const QString row = serverList_->rowText(i);
-            const qint16 origin = row.size() >= 6 && row[5] == u'*' ? 1 : 0;
-            for (qint32 j = 1; j <= now.ServerCount && static_cast<size_t>(j) < now.Servers.size(); ++j) {
-                ServerRec &rec = now.Servers[static_cast<size_t>(j)];
-                if (rec.Address == destination && rec.IsFavorite == origin)
-                    rec.Hops = hops;
-            }
-            serverList_->setRowText(i, ServerRow::withHops(row, hops));
-        }
+        if (i < serverList_->count())
+            storeHops(i, destination, hops);
         ++i;
         const int rows = serverList_->count();
         showProgress(rows > 0 ? qMin(i, rows) : 0, rows);
     }
     hopsCancelRequested_ = false;
     setStatus(u"Done..."_s);
+}
+
+qint32 MainWindow::rowDestination(int row)
+{
+    const ServerTable &table = session_->table();
+    const int k = serverList_->rowData(row);
+    const bool held = k >= 1 && static_cast<size_t>(k) < table.Servers.size();
+    return held ? table.Servers[static_cast<size_t>(k)].Address : 0;
+}
+
+void MainWindow::storeHops(int row, qint32 destination, qint32 hops)
+{
+    ServerTable &table = session_->table();
+    const QString text = serverList_->rowText(row);
+    const qint16 origin = text.size() >= 6 && text[5] == u'*' ? 1 : 0;
+    for (qint32 j = 1; j <= table.ServerCount && static_cast<size_t>(j) < table.Servers.size(); ++j) {
+        ServerRec &rec = table.Servers[static_cast<size_t>(j)];
+        if (rec.Address == destination && rec.IsFavorite == origin)
+            rec.Hops = hops;
+    }
+    serverList_->setRowText(row, ServerRow::withHops(text, hops));
+}
+
+// The hop count is the smallest time-to-live the server itself answered, so a
+// router that stays silent is not counted as a hop. A server that answers none
+// of the probes (time-to-live 1 to the TTL box's number, at most 30) gets the
+// TTL box's number, as a trace that never reaches its server does. The lines
+// are one per answered probe, in hop order, server after server.
+void MainWindow::countHopsAtOnce(const std::function<bool()> &stop)
+{
+    QList<qint32> destinations;
+    for (int i = 0; i < serverList_->count(); ++i)
+        destinations.append(rowDestination(i));
+    const qint64 bound = LeadingNumber(ttlEdit_->text());
+    HopPacing pacing;
+    pacing.maxTtl = static_cast<int>(std::clamp<qint64>(bound, 1, HopPacing::MaxTtl));
+    const qint32 unreached = static_cast<qint32>(std::clamp<qint64>(bound, 0, std::numeric_limits<qint32>::max()));
+
+    const std::unique_ptr<EchoBatch> echoes = Seams::echoBatch();
+    HopFinder finder;
+    finder.setEchoBatch(echoes.get());
+    finder.setPacing(pacing);
+    bool finished = false;
+    connect(&finder, &HopFinder::progress, this, &MainWindow::showProgress);
+    connect(&finder, &HopFinder::finished, this, [&finished] { finished = true; });
+    finder.start(destinations);
+    waitUntil([&] { return finished || stop(); });
+    finder.cancel();
+
+    // Rows a handler changed meanwhile (another list) keep what they show.
+    const QList<HopResult> &results = finder.results();
+    for (int i = 0; i < results.size() && i < serverList_->count(); ++i) {
+        const HopResult &r = results[i];
+        if (!r.done || rowDestination(i) != r.destination)
+            continue;
+        for (const HopAnswer &a : r.route)
+            logList_->addRow(HopSearch::line(a.hop, a.address, a.roundTripMs));
+        storeHops(i, r.destination, r.hops > 0 ? r.hops : unreached);
+    }
+    if (logList_->count() > 0)
+        logList_->selectLast();
+    showProgress(serverList_->count(), serverList_->count());
 }

@@ -9,6 +9,8 @@
 #include <QMainWindow>
 #include <QPointer>
 
+#include <functional>
+
 class QAction;
 class QActionGroup;
 class QComboBox;
@@ -85,6 +87,12 @@ private:
     void cancelRun();
     void addSelectedToFavorites();
     void countHops();
+    // Count Hops with Fast Refresh on: every row's server at once (HopFinder).
+    void countHopsAtOnce(const std::function<bool()> &stop);
+    // The address of row i's record (0 when the row holds none).
+    qint32 rowDestination(int row);
+    // Stores a hop count in row i and in the records of its address and origin.
+    void storeHops(int row, qint32 destination, qint32 hops);
     void showServerInfo();
     void launchSelected();
     void selectServer();

@@ -1,5 +1,6 @@
 #include "shell/seams.h"
 
+#include "engine/echobatch.h"
 #include "launch/programstarter.h"
 #include "probes/icmpecho.h"
 #include "shell/prompts.h"
@@ -19,6 +20,12 @@ EchoService &echo()
 }
 void setEcho(EchoService *service) { g_echo = service; }
 bool echoReplaced() { return g_echo != nullptr; }
+std::unique_ptr<EchoBatch> echoBatch()
+{
+    if (g_echo)
+        return std::make_unique<ServiceEchoBatch>(*g_echo);
+    return std::make_unique<IcmpEchoBatch>();
+}
 
 Prompter &prompts()
 {

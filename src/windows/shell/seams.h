@@ -2,7 +2,9 @@
 #include <QString>
 
 #include <functional>
+#include <memory>
 
+class EchoBatch;
 class EchoService;
 class Prompter;
 class ProgramStarter;
@@ -16,6 +18,9 @@ namespace Seams {
 EchoService &echo();
 void setEcho(EchoService *service);  // nullptr restores the real one
 bool echoReplaced();                 // a test or benchmark put its own echo service in
+// Echoes that do not block, for the runs that count on many at once: the ICMP socket,
+// or the replaced echo service answering from the event loop.
+std::unique_ptr<EchoBatch> echoBatch();
 Prompter &prompts();
 void setPrompts(Prompter *prompter);
 ProgramStarter &starter();
