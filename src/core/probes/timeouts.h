@@ -4,6 +4,7 @@
 // the one-second timers of the windows (Ticker), which tests speed up.
 namespace Timeouts {
 constexpr int kTickMs = 1000;       // one tick of the windows' timers
+constexpr long long kNsPerMs = 1000000;  // the engine's clocks count nanoseconds
 constexpr int kPingEchoMs = 200;    // one echo of a server's ping
 constexpr int kHopEchoMs = 2700;    // one echo of a hop count probe
 constexpr int kQueryTicks = 2;      // a game query's wait for its answer

@@ -3,6 +3,7 @@
 #include "probes/address.h"
 #include "probes/icmppacket.h"
 #include "probes/icmpsocket.h"
+#include "probes/timeouts.h"
 
 #include <QSocketNotifier>
 
@@ -16,17 +17,6 @@
 #include <algorithm>
 
 namespace {
-constexpr int kDataArea = 250;
-constexpr qint64 kMs = 1000000;
-
-void store(const IcmpPacket::Answer &answer, quint32 fallbackFrom, EchoReply &reply)
-{
-    reply.Status = answer.status;
-    reply.Address = AddressFromHostOrder(answer.from ? answer.from : fallbackFrom);
-    reply.Data = answer.data.left(kDataArea);
-    reply.Ttl = answer.ttl;
-}
-
 quint16 word(const char *p) { return static_cast<quint16>(static_cast<quint8>(p[0]) << 8 | static_cast<quint8>(p[1])); }
 
 // The sequence number a raw packet is about: an echo reply's own, or the one in
@@ -152,7 +142,7 @@ void IcmpEchoBatch::send(int token, qint32 destination, const QByteArray &payloa
     // it): the error queue keeps the answer, and the send is made once more.
     if (sendOnce() < 0 && (raw_ || sendOnce() < 0))
         return failNow(EchoStatus::fromErrno(errno));
-    const qint64 deadline = now + qint64(std::max(timeoutMs, 1)) * kMs;
+    const qint64 deadline = now + qint64(std::max(timeoutMs, 1)) * Timeouts::kNsPerMs;
     outstanding_.insert(sequence, {token, dest, now, deadline});
     deadlines_.emplace(deadline, sequence);
     arm();
@@ -214,12 +204,11 @@ void IcmpEchoBatch::readReady()
                                  : IcmpPacket::parsePingSocket(packet, *sequence);
         if (!answer)
             continue;
-        EchoReply reply;
-        store(*answer, ntohl(from.sin_addr.s_addr), reply);
+        EchoReply reply = IcmpSocket::replyOf(*answer, ntohl(from.sin_addr.s_addr));
         for (cmsghdr *c = CMSG_FIRSTHDR(&msg); c; c = CMSG_NXTHDR(&msg, c))
             if (c->cmsg_level == IPPROTO_IP && c->cmsg_type == IP_TTL)
                 reply.Ttl = *reinterpret_cast<const int *>(CMSG_DATA(c));
-        reply.RoundTripTime = static_cast<quint32>((now - o.sentNs) / kMs);
+        reply.RoundTripTime = static_cast<quint32>((now - o.sentNs) / Timeouts::kNsPerMs);
         outstanding_.remove(*sequence);
         emit answered(o.token, 1, reply);
     }
@@ -247,16 +236,12 @@ void IcmpEchoBatch::readErrors()
             if (c->cmsg_level != IPPROTO_IP || c->cmsg_type != IP_RECVERR)
                 continue;
             const auto *err = reinterpret_cast<const sock_extended_err *>(CMSG_DATA(c));
-            EchoReply reply;
-            if (err->ee_origin == SO_EE_ORIGIN_ICMP) {
-                const auto *offender = reinterpret_cast<const sockaddr_in *>(SO_EE_OFFENDER(err));
-                store({EchoStatus::fromIcmp(err->ee_type, err->ee_code), ntohl(offender->sin_addr.s_addr), {}, -1},
-                      0, reply);
-            } else {
-                store({EchoStatus::fromErrno(static_cast<int>(err->ee_errno)), 0, {}, -1}, 0, reply);
-            }
+            const auto *offender = reinterpret_cast<const sockaddr_in *>(SO_EE_OFFENDER(err));
+            EchoReply reply = err->ee_origin == SO_EE_ORIGIN_ICMP
+                ? IcmpSocket::replyOf({EchoStatus::fromIcmp(err->ee_type, err->ee_code), ntohl(offender->sin_addr.s_addr), {}, -1}, 0)
+                : IcmpSocket::replyOf({EchoStatus::fromErrno(static_cast<int>(err->ee_errno)), 0, {}, -1}, 0);
             const Outstanding o = *it;
-            reply.RoundTripTime = static_cast<quint32>((clock_.nsecsElapsed() - o.sentNs) / kMs);
+            reply.RoundTripTime = static_cast<quint32>((clock_.nsecsElapsed() - o.sentNs) / Timeouts::kNsPerMs);
             outstanding_.remove(sequence);
             emit answered(o.token, 1, reply);
             break;
@@ -296,7 +281,7 @@ void IcmpEchoBatch::arm()
         timer_.stop();
         return;
     }
-    const qint64 wait = (deadlines_.begin()->first - clock_.nsecsElapsed() + kMs - 1) / kMs;
+    const qint64 wait = (deadlines_.begin()->first - clock_.nsecsElapsed() + Timeouts::kNsPerMs - 1) / Timeouts::kNsPerMs;
     timer_.start(static_cast<int>(std::max<qint64>(wait, 0)));
 }
 

@@ -17,10 +17,6 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-constexpr qint64 kMs = 1000000;
-}
-
 struct ProbeEngine::Server {
     enum class Phase { Pending, Resolving, Pinging, WaitingForKey, Querying, Done };
     Phase phase = Phase::Pending;
@@ -339,7 +335,7 @@ void ProbeEngine::ackAnswered(int index)
     Server &s = servers_[static_cast<size_t>(index)];
     s.ackPending = false;
     ++s.ackGeneration;
-    const double ms = std::floor(static_cast<double>(clock_.nsecsElapsed() - s.ackSentNs) / kMs);
+    const double ms = std::floor(static_cast<double>(clock_.nsecsElapsed() - s.ackSentNs) / Timeouts::kNsPerMs);
     if (takePing(index, ms, RttSource::UdpAck))
         sendAckPing(index);
 }
@@ -447,7 +443,7 @@ void ProbeEngine::queryAnswered(int index, const QString &answer)
     s.duplicatesExpected = s.triesSent - 1;
     s.lastAnswer = answer;
     // No ICMP here, and no "ack" yet: the first answer's round trip stands for the ping.
-    if (!icmp_ && !takePing(index, std::floor(static_cast<double>(clock_.nsecsElapsed() - s.firstSendNs) / kMs),
+    if (!icmp_ && !takePing(index, std::floor(static_cast<double>(clock_.nsecsElapsed() - s.firstSendNs) / Timeouts::kNsPerMs),
                             RttSource::GameQuery))
         return;
     if (s.mode == GameQuery::StatusMode) {
@@ -550,7 +546,7 @@ void ProbeEngine::pump()
             udp_[static_cast<size_t>(socketOf(GameQuery::PingMode))]->writeDatagram(ping, QHostAddress(s.ip), s.port);
             // An "ack" is due within a re-send interval of the queries; a later one is
             // dropped rather than taken for the answer to a later ping.
-            const qint64 wait = qint64(settings_.queryTimeoutMs) * kMs / settings_.tries;
+            const qint64 wait = qint64(settings_.queryTimeoutMs) * Timeouts::kNsPerMs / settings_.tries;
             deadlines_.emplace(s.ackSentNs + wait, Deadline{q.index, s.ackGeneration, true});
             continue;
         }
@@ -568,7 +564,7 @@ void ProbeEngine::pump()
         udp_[static_cast<size_t>(socketOf(s.mode))]->writeDatagram(datagram, QHostAddress(s.ip), s.port);
         if (++s.triesSent == 1)
             s.firstSendNs = sentAt;
-        const qint64 window = qint64(settings_.queryTimeoutMs) * kMs;
+        const qint64 window = qint64(settings_.queryTimeoutMs) * Timeouts::kNsPerMs;
         s.finalDeadline = s.triesSent >= settings_.tries;
         const qint64 at = s.firstSendNs + (s.finalDeadline ? window : window * s.triesSent / settings_.tries);
         deadlines_.emplace(at, Deadline{q.index, s.generation, false});
@@ -591,7 +587,7 @@ void ProbeEngine::armDeadlines()
         deadlineTimer_.stop();
         return;
     }
-    const qint64 wait = (deadlines_.begin()->first - clock_.nsecsElapsed() + kMs - 1) / kMs;
+    const qint64 wait = (deadlines_.begin()->first - clock_.nsecsElapsed() + Timeouts::kNsPerMs - 1) / Timeouts::kNsPerMs;
     deadlineTimer_.start(static_cast<int>(std::clamp<qint64>(wait, 0, 3600000)));
 }
 

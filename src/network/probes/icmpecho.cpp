@@ -17,7 +17,6 @@
 #include <algorithm>
 
 namespace {
-constexpr int kDataArea = 250;
 
 int clampTtl(int ttl) { return std::clamp(ttl, 1, 255); }
 
@@ -37,13 +36,6 @@ ssize_t receiveMessage(int fd, int flags, char *data, size_t dataSize, char *con
     return ::recvmsg(fd, msg, flags);
 }
 
-void store(const IcmpPacket::Answer &answer, quint32 fallbackFrom, EchoReply &reply)
-{
-    reply.Status = answer.status;
-    reply.Address = AddressFromHostOrder(answer.from ? answer.from : fallbackFrom);
-    reply.Data = answer.data.left(kDataArea);
-    reply.Ttl = answer.ttl;
-}
 }
 
 LinuxIcmpEcho::~LinuxIcmpEcho()
@@ -172,7 +164,7 @@ int LinuxIcmpEcho::receiveError(quint16 sequence, EchoReply &reply)
         const auto answer = IcmpPacket::parseErrorQueue(quoted, queued, sequence);
         if (!answer)
             return 0;
-        store(*answer, 0, reply);
+        reply = IcmpSocket::replyOf(*answer, 0);
         return 1;
     }
     return 0;
@@ -193,7 +185,7 @@ int LinuxIcmpEcho::receive(quint16 sequence, quint32 destination, EchoReply &rep
                              : IcmpPacket::parsePingSocket(packet, sequence);
     if (!answer)
         return 0;
-    store(*answer, ntohl(from.sin_addr.s_addr), reply);
+    reply = IcmpSocket::replyOf(*answer, ntohl(from.sin_addr.s_addr));
     for (cmsghdr *c = CMSG_FIRSTHDR(&msg); c; c = CMSG_NXTHDR(&msg, c))
         if (c->cmsg_level == IPPROTO_IP && c->cmsg_type == IP_TTL)
             reply.Ttl = *reinterpret_cast<const int *>(CMSG_DATA(c));

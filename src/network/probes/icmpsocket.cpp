@@ -1,5 +1,8 @@
 #include "probes/icmpsocket.h"
 
+#include "probes/address.h"
+#include "probes/icmppacket.h"
+
 #include <QCoreApplication>
 
 #include <netinet/in.h>
@@ -49,4 +52,15 @@ QString IcmpSocket::notAllowedText(const QString &consequence)
            "or give the program the raw-socket capability (this takes effect only when Pulsebox "
            "is started again):\n"
            "    sudo setcap cap_net_raw+ep %2"_s.arg(consequence, program);
+}
+
+EchoReply IcmpSocket::replyOf(const IcmpPacket::Answer &answer, quint32 fallbackFrom)
+{
+    constexpr int kDataArea = 250;
+    EchoReply reply;
+    reply.Status = answer.status;
+    reply.Address = AddressFromHostOrder(answer.from ? answer.from : fallbackFrom);
+    reply.Data = answer.data.left(kDataArea);
+    reply.Ttl = answer.ttl;
+    return reply;
 }

@@ -1,7 +1,13 @@
 #pragma once
+#include "probes/echoservice.h"
+
 #include <QString>
 
 #include <functional>
+
+namespace IcmpPacket {
+struct Answer;
+}
 
 // The one way the program opens its ICMP socket on Linux: an unprivileged ping
 // socket when the player's group may have one (net.ipv4.ping_group_range), else
@@ -21,4 +27,8 @@ struct IcmpSocket {
     // Why no ICMP socket opens here and how to allow it; `consequence` says what
     // that means for the player and ends the first sentence.
     static QString notAllowedText(const QString &consequence);
+
+    // The reply kept of a decoded answer (its payload cut to the 250 bytes a reply
+    // holds); `fallbackFrom` (host order) names the sender when the answer does not.
+    static EchoReply replyOf(const IcmpPacket::Answer &answer, quint32 fallbackFrom);
 };
