@@ -1,6 +1,6 @@
+#include "support/demoservers.h"
 #include "support/testsupport.h"
 
-#include "demonet/demonetwork.h"
 #include "probes/address.h"
 #include "probes/serverinfowindow.h"
 #include "probes/statuspopup.h"
@@ -23,14 +23,10 @@ namespace {
 // A game server on `address`:27910 that speaks `protocol`; null when it cannot start.
 std::unique_ptr<Demo::GameServer> fake(const char *address, const char *protocol, int delayMs = 0)
 {
-    Demo::Server s;
-    s.address = QHostAddress(QLatin1String(address));
-    s.protocol = QLatin1String(protocol);
+    Demo::Server s = demoServer(QLatin1String(address), QLatin1String(protocol), QStringLiteral("Test Server"),
+                                {{QStringLiteral("Vector"), 21, 38}, {QStringLiteral("Doc Holiday"), 3, 120},
+                                 {QStringLiteral("Mynx"), -2, 999}});
     s.delayMs = delayMs;
-    s.hostName = QStringLiteral("Test Server");
-    s.map = QStringLiteral("q2dm1");
-    s.players = {{QStringLiteral("Vector"), 21, 38}, {QStringLiteral("Doc Holiday"), 3, 120},
-                 {QStringLiteral("Mynx"), -2, 999}};
     auto server = std::make_unique<Demo::GameServer>(s);
     QString error;
     return server->start(&error) ? std::move(server) : nullptr;
