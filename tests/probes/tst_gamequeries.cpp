@@ -1,4 +1,5 @@
 #include "support/demoservers.h"
+#include "support/dialogsupport.h"
 #include "support/testsupport.h"
 
 #include "probes/address.h"
@@ -155,11 +156,7 @@ private slots:
 
         const auto server = fake("127.0.10.11", "34");
         QVERIFY(server);
-        ServerRec rec;
-        rec.Address = DottedToAddress(QStringLiteral("127.0.10.11"));
-        rec.Port = 27910;
-        const int index = w->servers().appendServer(rec);
-        list->setRowData(list->addRow(QStringLiteral("001 - 127.0.10.11:27910")), index);
+        const int index = addListedServer(*w, "127.0.10.11", 27910);
         clickRow(1);
         QVERIFY(serverInfo->isEnabled());  // a click on a row enables it when no run is going
         w->move(0, 0);  // Server Info opens in the middle of the screen, not of the main window
