@@ -54,15 +54,6 @@ struct Matcher {
     {
         w->show();
     }
-    // Every status line a run shows, once each, as the probes go out.
-    void recordStatuses(QStringList &statuses)
-    {
-        env.echo.onSend = [this, &statuses] {
-            const QString status = label(*w, "statusLabel_")->text();
-            if (statuses.isEmpty() || statuses.last() != status)
-                statuses << status;
-        };
-    }
     TestEnvironment env;
     MatcherData data;
     std::unique_ptr<PingMatcherDialog> w;
@@ -180,11 +171,11 @@ private slots:
         m.env.prompts.inputs = {u"Somebody with a long name"_s};
 
         QStringList statuses;
-        m.recordStatuses(statuses);
         bool busyEverywhere = true;
-        const auto recordStatus = echo.onSend;
         echo.onSend = [&] {
-            recordStatus();
+            const QString status = label(w, "statusLabel_")->text();
+            if (statuses.isEmpty() || statuses.last() != status)
+                statuses << status;
             busyEverywhere = busyEverywhere && w.isPinging() && !button(w, "pingButton_")->isEnabled()
                 && !button(w, "sortButton_")->isEnabled() && !child<QGroupBox>(w, "calcsFrame_")->isEnabled()
                 && label(w, "hostPicture_")->isVisible() && label(w, "serverPicture_")->isVisible()
@@ -271,7 +262,11 @@ private slots:
         run(serial);
         Matcher fast(alice, true);  // made after the serial run: the newest environment holds the seams
         QStringList statuses;
-        fast.recordStatuses(statuses);
+        fast.env.echo.onSend = [&] {
+            const QString status = label(*fast.w, "statusLabel_")->text();
+            if (statuses.isEmpty() || statuses.last() != status)
+                statuses << status;
+        };
         run(fast);
         QCOMPARE(statuses, (QStringList{u"Pinging"_s, u"Counting Hops"_s}));
 
