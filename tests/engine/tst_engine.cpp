@@ -6,10 +6,9 @@
 #include "probes/address.h"
 #include "probes/hoppacing.h"
 #include "probes/icmppacket.h"
+#include "support/udppeer.h"
 
-#include <QNetworkDatagram>
 #include <QTimer>
-#include <QUdpSocket>
 #include <QtTest>
 
 #include <functional>
@@ -30,29 +29,6 @@ struct QuickEcho : EchoService {
         reply.RoundTripTime = 5;
         return 1;
     }
-};
-
-// A UDP socket on a loopback address that hands each datagram to `onDatagram`.
-struct Peer {
-    Peer(const char *address, quint16 port = 0)
-    {
-        socket.bind(QHostAddress(QString::fromLatin1(address)), port);
-        QObject::connect(&socket, &QUdpSocket::readyRead, [this] {
-            while (socket.hasPendingDatagrams()) {
-                const QNetworkDatagram d = socket.receiveDatagram();
-                ++received;
-                if (onDatagram)
-                    onDatagram(d);
-            }
-        });
-    }
-    void sendTo(const QByteArray &data, const QNetworkDatagram &query)
-    {
-        socket.writeDatagram(data, query.senderAddress(), quint16(query.senderPort()));
-    }
-    QUdpSocket socket;
-    int received = 0;
-    std::function<void(const QNetworkDatagram &)> onDatagram;
 };
 
 int askedProtocol(const QNetworkDatagram &d)
@@ -86,14 +62,14 @@ private slots:
 
         // A: silent itself; every query it gets is answered from another port of its
         // address and from a stranger's address.
-        Peer a("127.0.45.1", 27910), aOtherPort("127.0.45.1"), stranger("127.0.45.9");
+        UdpPeer a("127.0.45.1", 27910), aOtherPort("127.0.45.1"), stranger("127.0.45.9");
         a.onDatagram = [&](const QNetworkDatagram &q) {
             aOtherPort.sendTo(infoAnswer("Impostor"), q);
             stranger.sendTo(infoAnswer("Impostor"), q);
         };
         // B speaks 32, takes 100 ms for the lower numbers and says everything twice,
         // 40 ms apart: each copy lands while the next query is being asked.
-        Peer b("127.0.45.2", 27910);
+        UdpPeer b("127.0.45.2", 27910);
         b.onDatagram = [&](const QNetworkDatagram &q) {
             const int asked = askedProtocol(q);
             const QByteArray answer = asked == 32 ? infoAnswer("Bee") : wrongVersion("Bee");
@@ -103,7 +79,7 @@ private slots:
         };
         // C answers at once; D after 150 ms. Once C is done, C's address sends D's
         // answer while D is still being asked.
-        Peer c("127.0.45.3", 27910), d("127.0.45.4", 27910);
+        UdpPeer c("127.0.45.3", 27910), d("127.0.45.4", 27910);
         c.onDatagram = [&](const QNetworkDatagram &q) { c.sendTo(infoAnswer("Sea"), q); };
         d.onDatagram = [&](const QNetworkDatagram &q) {
             c.sendTo(infoAnswer("Dee"), q);
@@ -145,7 +121,7 @@ private slots:
             int sent = 0;
         } batch;
         // Acks after 90, 40 and 70 ms; its info answer takes 250 ms to build.
-        Peer acking("127.0.45.31", 27910), quiet("127.0.45.32", 27910), noAck("127.0.45.33", 27910);
+        UdpPeer acking("127.0.45.31", 27910), quiet("127.0.45.32", 27910), noAck("127.0.45.33", 27910);
         QList<QByteArray> pings;
         acking.onDatagram = [&](const QNetworkDatagram &q) {
             if (!q.data().endsWith("ping")) {

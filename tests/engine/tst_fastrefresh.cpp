@@ -101,15 +101,9 @@ private slots:
     void cancelEndsAFastRefreshAtOnce()
     {
         Demo::Config c;
-        c.httpPort = 0;
         for (int i = 1; i <= 40; ++i) {
-            Demo::Server s;
-            s.address = QHostAddress(QStringLiteral("127.0.43.%1").arg(i));
-            s.protocol = i <= 5 ? QStringLiteral("34") : QStringLiteral("silent");
-            s.hostName = QStringLiteral("S%1").arg(i);
-            s.map = QStringLiteral("q2dm1");
-            c.servers << s;
-            c.listLines << s.address.toString();
+            c.servers << demoServer(QStringLiteral("127.0.43.%1").arg(i), i <= 5 ? QStringLiteral("34") : QStringLiteral("silent"));
+            c.listLines << c.servers.last().address.toString();
         }
         RefreshHarness w(c, 1.0);  // real ticks: the silent servers would hold the refresh for 2 s
         QVERIFY(w.started);
@@ -135,15 +129,7 @@ private slots:
 
     void numbersTypedWithDecimals()
     {
-        Demo::Config c;
-        c.httpPort = 0;
-        Demo::Server s;
-        s.address = QHostAddress(QStringLiteral("127.0.44.1"));
-        s.port = 27911;
-        s.hostName = QStringLiteral("Rounded Port");
-        s.map = QStringLiteral("q2dm1");
-        c.servers = {s};
-        RefreshHarness w(c, 0.05);
+        RefreshHarness w({demoServer(QStringLiteral("127.0.44.1"), QStringLiteral("34"), QStringLiteral("Rounded Port"), {}, 27911)}, {});
         QVERIFY(w.started);
         w.request.favorites = {QStringLiteral("127.0.44.1:27910.7"), QStringLiteral("127.0.44.3"), QStringLiteral("127.0.44.2")};
         w.request.pingLimitText = QStringLiteral("230.5");

@@ -86,8 +86,7 @@ private slots:
         QCOMPARE(Friends::parse("  Vector \r\n\r\n\x01\nVEC\x02TOR\nMynx\n" + QByteArray(20000, 'z')),
                  (QStringList{QStringLiteral("Vector"), QStringLiteral("Mynx"), QString(Friends::kMaxNameLength, u'z')}));
         const QStringList binary = Friends::parse(QByteArray("\xff\xfe\x00\x80\n\xc3", 6));
-        QCOMPARE(binary, (QStringList{QString(3, QChar(0xFFFD)), QString(1, QChar(0xFFFD))}));  // read as what it is, never a crash
-        QCOMPARE(Friends::parse(Friends::serialize(binary)), binary);
+        QCOMPARE(binary, (QStringList{QString(3, QChar(0xFFFD)), QString(1, QChar(0xFFFD))}));  // read as what it is
 
         // A friend appears between two refreshes: only the new sighting is news,
         // and a friend moving to another server joins that one.

@@ -1,9 +1,9 @@
 // Iconize, the tray's clicks and the launcher bar, driven as a player would; and the
 // bar's decisions (panel edges, placement, entries, status replies) without windows.
+#include "support/demoservers.h"
 #include "support/dialogsupport.h"
 #include "support/testsupport.h"
 
-#include "demonet/demonetwork.h"
 #include "launch/launchbar.h"
 #include "launch/launcherbar.h"
 #include "probes/statuspopup.h"
@@ -87,13 +87,7 @@ struct Bar {
 
 Demo::Server fake(const char *address, const QString &protocol, const QString &hostName)
 {
-    Demo::Server s;
-    s.address = QHostAddress(QLatin1String(address));
-    s.protocol = protocol;
-    s.hostName = hostName;
-    s.map = u"q2dm1"_s;
-    s.players = {{u"Vector"_s, 21, 38}, {u"Doc Holiday"_s, 3, 120}};
-    return s;
+    return demoServer(QLatin1String(address), protocol, hostName, {{u"Vector"_s, 21, 38}, {u"Doc Holiday"_s, 3, 120}});
 }
 
 const QString kPlayers = u"PLAYER STATUS:\n21 38 \"Vector\"\n3 120 \"Doc Holiday\"\n"_s;

@@ -2,14 +2,12 @@
 // stored hop count and the log: "hops=N" then one line per log line. --fast: with
 // Fast Refresh on. Run inside the network namespaces that netns_icmp.sh and
 // netns_hops.sh build.
+#include "support/dialogsupport.h"
 #include "support/testsupport.h"
 
-#include "probes/address.h"
-#include "serverlist/refreshdecisions.h"
 #include "shell/itemlist.h"
 #include "shell/mainwindow.h"
 #include "shell/seams.h"
-#include "shell/serverrow.h"
 
 #include <QApplication>
 #include <QPushButton>
@@ -29,13 +27,7 @@ int main(int argc, char *argv[])
     Seams::setEcho(nullptr);  // the real echo service
     auto window = newMainWindow();
     MainWindowDriver::offerListCommands(*window);
-    ItemList *list = MainWindowDriver::serverList(*window);
-    ServerRec rec;
-    rec.Address = DottedToAddress(QString::fromLatin1(argv[argc - 1]));
-    rec.Port = 27910;
-    const qint32 k = window->servers().appendServer(rec);
-    list->setRowData(list->addRow(ServerRow::format(1, false, AddressToDotted(rec.Address) + QStringLiteral(":27910"),
-                                                    {}, {}, {}, {})), k);
+    const int k = addListedServer(*window, argv[argc - 1], 27910);
     if (fast)
         MainWindowDriver::trigger(*window, "fastRefreshAction_");
     env.prompts.answers = {true};

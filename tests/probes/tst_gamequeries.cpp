@@ -1,11 +1,12 @@
+#include "support/demoservers.h"
+#include "support/dialogsupport.h"
+#include "support/udppeer.h"
 #include "support/testsupport.h"
 
-#include "demonet/demonetwork.h"
 #include "probes/address.h"
 #include "probes/serverinfowindow.h"
 #include "probes/statuspopup.h"
 #include "probes/gamequerychannel.h"
-#include "probes/timeouts.h"
 #include "serverlist/refreshdecisions.h"
 #include "shell/itemlist.h"
 #include "shell/mainwindow.h"
@@ -23,34 +24,14 @@ namespace {
 // A game server on `address`:27910 that speaks `protocol`; null when it cannot start.
 std::unique_ptr<Demo::GameServer> fake(const char *address, const char *protocol, int delayMs = 0)
 {
-    Demo::Server s;
-    s.address = QHostAddress(QLatin1String(address));
-    s.protocol = QLatin1String(protocol);
+    Demo::Server s = demoServer(QLatin1String(address), QLatin1String(protocol), QStringLiteral("Test Server"),
+                                {{QStringLiteral("Vector"), 21, 38}, {QStringLiteral("Doc Holiday"), 3, 120},
+                                 {QStringLiteral("Mynx"), -2, 999}});
     s.delayMs = delayMs;
-    s.hostName = QStringLiteral("Test Server");
-    s.map = QStringLiteral("q2dm1");
-    s.players = {{QStringLiteral("Vector"), 21, 38}, {QStringLiteral("Doc Holiday"), 3, 120},
-                 {QStringLiteral("Mynx"), -2, 999}};
     auto server = std::make_unique<Demo::GameServer>(s);
     QString error;
     return server->start(&error) ? std::move(server) : nullptr;
 }
-
-// A peer that answers every datagram with the bytes it is given.
-struct ReplyPeer {
-    explicit ReplyPeer(const char *address)
-    {
-        QVERIFY(socket.bind(QHostAddress(QLatin1String(address)), 27910));
-        QObject::connect(&socket, &QUdpSocket::readyRead, [this] {
-            while (socket.hasPendingDatagrams()) {
-                const QNetworkDatagram d = socket.receiveDatagram();
-                socket.writeDatagram(reply, d.senderAddress(), static_cast<quint16>(d.senderPort()));
-            }
-        });
-    }
-    QUdpSocket socket;
-    QByteArray reply;
-};
 }
 
 class TestGameQueries : public QObject {
@@ -86,7 +67,6 @@ private slots:
         clock.start();
         const auto result = channel.versionProbe(QStringLiteral("127.0.10.6"), QStringLiteral("27910"));
         QVERIFY(clock.elapsed() >= 90);  // waited out its two ticks
-        QCOMPARE(Timeouts::kQueryTicks, 2);
         QCOMPARE(result.version, QStringLiteral("3.14"));
         QCOMPARE(result.infoLine, QStringLiteral("No data returned"));
         QCOMPARE(silent->received.size(), 1);
@@ -103,7 +83,10 @@ private slots:
     {
         TestEnvironment env;
         GameQueryChannel channel(env.prompts);
-        ReplyPeer peer("127.0.10.10");
+        UdpPeer peer("127.0.10.10", 27910);
+        QVERIFY(peer.bound);
+        QByteArray answer;  // to every datagram
+        peer.onDatagram = [&](const QNetworkDatagram &d) { peer.sendTo(answer, d); };
         const QList<std::pair<QByteArray, QString>> cases{
             {QByteArray(1, '\xff'), QStringLiteral("Malformed data returned")},
             {QByteArray(65000, 'z'), QStringLiteral("Malformed data returned")},
@@ -112,13 +95,13 @@ private slots:
             {QByteArray("\xff\xff\xff\xffprint\nno pairs\n"), QStringLiteral("no pairs")},
         };
         for (const auto &[reply, infoLine] : cases) {
-            peer.reply = reply;
+            answer = reply;
             const auto result = channel.versionProbe(QStringLiteral("127.0.10.10"), QStringLiteral("27910"));
             QCOMPARE(result.infoLine, infoLine);
             QCOMPARE(result.version, QStringLiteral("3.14"));
             QCOMPARE(WireText::toBytes(channel.lastReply()), reply);
         }
-        peer.reply.clear();  // an empty datagram is no answer
+        answer.clear();  // an empty datagram is no answer
         QCOMPARE(channel.versionProbe(QStringLiteral("127.0.10.10"), QStringLiteral("27910")).infoLine,
                  QStringLiteral("No data returned"));
         QVERIFY(env.prompts.shown.isEmpty());
@@ -159,11 +142,7 @@ private slots:
 
         const auto server = fake("127.0.10.11", "34");
         QVERIFY(server);
-        ServerRec rec;
-        rec.Address = DottedToAddress(QStringLiteral("127.0.10.11"));
-        rec.Port = 27910;
-        const int index = w->servers().appendServer(rec);
-        list->setRowData(list->addRow(QStringLiteral("001 - 127.0.10.11:27910")), index);
+        const int index = addListedServer(*w, "127.0.10.11", 27910);
         clickRow(1);
         QVERIFY(serverInfo->isEnabled());  // a click on a row enables it when no run is going
         w->move(0, 0);  // Server Info opens in the middle of the screen, not of the main window

@@ -1,7 +1,7 @@
-#include "demonet/demonetwork.h"
 #include "serverlist/listsource.h"
 #include "shell/ticker.h"
 #include "shell/wiretext.h"
+#include "support/demoservers.h"
 #include "support/listwebserver.h"
 
 #include <QSignalSpy>
@@ -72,10 +72,7 @@ struct WebList {
     explicit WebList(const QByteArray &response)
     {
         network.setRawResponse(response);
-        Demo::Config config;
-        config.httpPort = 0;
-        QString error;
-        started = network.start(config, &error, true);
+        started = startDemo(network, {});
     }
     bool fetch()
     {
@@ -259,12 +256,8 @@ private slots:
     void demoServesStandardLists()
     {
         Demo::Network network;
-        Demo::Config config;
-        config.httpPort = 0;
-        config.listLines = {QStringLiteral("127.0.22.1"), QString(), QStringLiteral("localhost:27920"),
-                            QStringLiteral("127.0.22.2:27911")};
-        QString error;
-        QVERIFY(network.start(config, &error, true));
+        QVERIFY(startDemo(network, {}, {QStringLiteral("127.0.22.1"), QString(), QStringLiteral("localhost:27920"),
+                                        QStringLiteral("127.0.22.2:27911")}));
         ListSource source;
         Run run(source);
         for (const bool binary : {false, true}) {
@@ -311,11 +304,7 @@ private slots:
     void master()
     {
         Ticker::setTimeScale(0.2);
-        Demo::Server a, b;
-        a.address = QHostAddress(QStringLiteral("127.0.20.1"));
-        b.address = QHostAddress(QStringLiteral("127.0.20.2"));
-        b.port = 27911;
-        Demo::MasterServer master({a, b});
+        Demo::MasterServer master({demoServer(QStringLiteral("127.0.20.1")), demoServer(QStringLiteral("127.0.20.2"), QStringLiteral("34"), {}, {}, 27911)});
         QString error;
         QVERIFY2(master.start(0, &error), qPrintable(error));
         ListSource source;

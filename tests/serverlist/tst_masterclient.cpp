@@ -1,12 +1,11 @@
 #include "demonet/demonetwork.h"
 #include "serverlist/masterclient.h"
 #include "shell/ticker.h"
+#include "support/udppeer.h"
 
 #include <QElapsedTimer>
-#include <QNetworkDatagram>
 #include <QSignalSpy>
 #include <QTest>
-#include <QUdpSocket>
 
 namespace {
 QList<Demo::Server> servers(qsizetype count)
@@ -53,22 +52,19 @@ private slots:
     // on another port) are dropped, and junk from the master is not a list.
     void foreignAndJunkDatagrams()
     {
-        QUdpSocket master, otherPort, otherAddress;
-        QVERIFY(master.bind(QHostAddress::LocalHost, 0));
-        QVERIFY(otherPort.bind(QHostAddress::LocalHost, 0));
-        QVERIFY(otherAddress.bind(QHostAddress(QStringLiteral("127.0.0.2")), master.localPort()));
-        connect(&master, &QUdpSocket::readyRead, this, [&] {
-            const QNetworkDatagram query = master.receiveDatagram();
+        UdpPeer master("127.0.0.1"), otherPort("127.0.0.1"), otherAddress("127.0.0.2", master.socket.localPort());
+        QVERIFY(master.bound && otherPort.bound && otherAddress.bound);
+        master.onDatagram = [&](const QNetworkDatagram &query) {
             const QByteArray poison("\xff\xff\xff\xffservers \x7f\x00\x00\x63\x6d\x06", 18);
             const QByteArray real("\xff\xff\xff\xffservers \x7f\x00\x00\x02\x6d\x06", 18);
-            otherAddress.writeDatagram(poison, query.senderAddress(), static_cast<quint16>(query.senderPort()));
-            otherPort.writeDatagram(poison, query.senderAddress(), static_cast<quint16>(query.senderPort()));
-            master.writeDatagram("\xff\xff\xff\xffprint\nhello", query.senderAddress(), static_cast<quint16>(query.senderPort()));
-            master.writeDatagram(real, query.senderAddress(), static_cast<quint16>(query.senderPort()));
-        });
+            otherAddress.sendTo(poison, query);
+            otherPort.sendTo(poison, query);
+            master.sendTo("\xff\xff\xff\xffprint\nhello", query);
+            master.sendTo(real, query);
+        };
         MasterClient client;
         client.quietMs = 300;
-        QVERIFY(run(client, master.localPort()));
+        QVERIFY(run(client, master.socket.localPort()));
         QCOMPARE(client.entries(), QStringList{QStringLiteral("127.0.0.2:27910")});
         QCOMPARE(client.counts().foreign, 2);
         QCOMPARE(client.counts().junk, 1);

@@ -253,20 +253,25 @@ private slots:
                                      QStringLiteral("Reply from 127.0.17.2: Failed code = 11050")}));
     }
 
-    void refreshFromTheDemoMaster()
+    // The same servers from the demo master and from its standard list endpoint.
+    void refreshFromTheDemoMasterAndAStandardList()
     {
-        RefreshHarness r(masterConfig());
+        Demo::Config config = masterConfig();
+        config.listLines = {QStringLiteral("127.0.12.1"), QStringLiteral("127.0.12.2:27910"), QStringLiteral("127.0.12.3")};
+        RefreshHarness r(config);
         QVERIFY(r.started);
-        r.request.location = QStringLiteral(" ") + r.network.masterUrl() + QStringLiteral(" ");
-        const RefreshOutcome o = r.run();
-
-        QVERIFY(r.env.prompts.shown.isEmpty());
-        QCOMPARE(o.rows.size(), 3);
-        QVERIFY(o.rows[0].contains(QStringLiteral("127.0.12.1:27910")) && o.rows[0].contains(QStringLiteral("Master Listed One")));
-        QVERIFY(o.rows[1].contains(QStringLiteral("Master Listed Two")) && o.rows[1].contains(QStringLiteral("3.14")));
-        QVERIFY(o.rows[2].contains(QStringLiteral("127.0.12.3:27910")) && o.rows[2].contains(QStringLiteral("No ")));
-        QCOMPARE(o.count, QStringLiteral("3"));
-        QCOMPARE(o.status, QStringLiteral("Done..."));
+        for (const QString &location : {QStringLiteral(" ") + r.network.masterUrl() + QStringLiteral(" "),
+                                        r.network.standardListUrl(true)}) {
+            r.request.location = location;
+            const RefreshOutcome o = r.run();
+            QVERIFY(r.env.prompts.shown.isEmpty());
+            QCOMPARE(o.rows.size(), 3);
+            QVERIFY(o.rows[0].contains(QStringLiteral("127.0.12.1:27910")) && o.rows[0].contains(QStringLiteral("Master Listed One")));
+            QVERIFY(o.rows[1].contains(QStringLiteral("Master Listed Two")) && o.rows[1].contains(QStringLiteral("3.14")));
+            QVERIFY(o.rows[2].contains(QStringLiteral("127.0.12.3:27910")) && o.rows[2].contains(QStringLiteral("No ")));
+            QCOMPARE(o.count, QStringLiteral("3"));
+            QCOMPARE(o.status, QStringLiteral("Done..."));
+        }
     }
 };
 

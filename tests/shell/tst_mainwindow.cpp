@@ -1,7 +1,6 @@
+#include "support/demoservers.h"
 #include "support/testsupport.h"
-#include "support/listwebserver.h"
 
-#include "demonet/demonetwork.h"
 #include "finder/findwindow.h"
 #include "shell/seams.h"
 #include "shell/trayicon.h"
@@ -65,24 +64,24 @@ public:
     QStringList notes;
 };
 
-// The main window and a list web server with `count` game servers on loopback.
+// The main window and a list web server with game servers on loopback.
 struct Lab {
-    explicit Lab(const char *subnet, int count, const char *protocol = "silent")
+    explicit Lab(const QList<Demo::Server> &servers)
     {
-        Demo::Config config;
-        config.httpPort = 0;
-        for (int i = 1; i <= count; ++i) {
-            Demo::Server s;
-            s.address = QHostAddress(QLatin1String(subnet) + QString::number(i));
-            s.protocol = QLatin1String(protocol);
-            s.hostName = u"Server %1"_s.arg(i);
-            s.map = u"q2dm1"_s;
-            config.servers << s;
-            config.listLines << s.address.toString();
-        }
-        QString error;
-        started = network.start(config, &error, true);
+        QStringList lines;
+        for (const Demo::Server &s : servers)
+            lines << s.address.toString();
+        started = startDemo(network, servers, lines);
         child<QComboBox>(window, "listLocationBox_")->setEditText(network.listUrl());
+    }
+    // `count` servers named "Server 1" up.
+    Lab(const char *subnet, int count, const char *protocol = "silent") : Lab(servers(subnet, count, protocol)) {}
+    static QList<Demo::Server> servers(const char *subnet, int count, const char *protocol)
+    {
+        QList<Demo::Server> all;
+        for (int i = 1; i <= count; ++i)
+            all << demoServer(QLatin1String(subnet) + QString::number(i), QLatin1String(protocol), u"Server %1"_s.arg(i));
+        return all;
     }
     QPushButton *button(const char *name) { return child<QPushButton>(window, name); }
     TestEnvironment env;
@@ -164,23 +163,6 @@ private slots:
         const auto labels = QAccessible::queryAccessibleInterface(location)->relations(QAccessible::Label);
         QVERIFY(!labels.isEmpty() && labels.first().first->object() == child(lab.window, "listLocationLabel_"));
         QCOMPARE(heard(lab.button("favRefreshButton_")), QStringLiteral("Fav Refresh"));
-    }
-
-    // Refresh List with a location on a standard web server (Python's, with a
-    // query string as q2servers.com's) lists its servers.
-    void refreshFromAStandardWebServer()
-    {
-        Lab lab("127.0.23.", 3, "34");
-        ListWebServer web;
-        if (const QString why = web.start(); !why.isEmpty())
-            QSKIP(qPrintable(why));
-        QVERIFY(lab.started && web.put(QStringLiteral("servers"), "127.0.23.1\n127.0.23.2:27910\n127.0.23.3\n"));
-        child<QComboBox>(lab.window, "listLocationBox_")->setEditText(web.url(QStringLiteral("servers?raw=1")));
-        QTest::mouseClick(lab.button("refreshButton_"), Qt::LeftButton);
-        QCOMPARE(child<ItemList>(lab.window, "serverList_")->texts().size(), 3);
-        QCOMPARE(child<QLabel>(lab.window, "statusLabel_")->text(), QStringLiteral("Done..."));
-        QCOMPARE(child<QLabel>(lab.window, "listCountLabel_")->text(), QStringLiteral("3"));
-        QVERIFY(lab.env.prompts.shown.isEmpty());
     }
 
     // While a run goes, the close is refused and a pick of a row leaves Server Info off;
@@ -288,26 +270,11 @@ private slots:
     // Fav Refresh tells through the tray who joined since the refresh before.
     void findFilterAndFriends()
     {
-        Lab lab("127.0.23.", 0);
-        Demo::Network network;
-        Demo::Config config;
-        config.httpPort = 0;
-        const auto server = [](const char *address, const char *name, QList<Demo::Player> players) {
-            Demo::Server s;
-            s.address = QHostAddress(QLatin1String(address));
-            s.hostName = QLatin1String(name);
-            s.map = u"q2dm1"_s;
-            s.players = players;
-            return s;
-        };
-        config.servers = {server("127.0.23.1", "Arena", {{u"[Q2]Vector"_s, 3, 40}, {u"Bot"_s, 0, 0}}),
-                          server("127.0.23.2", "Bots", {{u"Bot1"_s, 0, 0}, {u"Bot2"_s, 0, 0}}),
-                          server("127.0.23.3", "Empty", {})};
-        config.listLines = {u"127.0.23.1"_s, u"127.0.23.2"_s, u"127.0.23.3"_s};
-        QString error;
-        QVERIFY2(network.start(config, &error, true), qPrintable(error));
+        Lab lab({demoServer(u"127.0.23.1"_s, u"34"_s, u"Arena"_s, {{u"[Q2]Vector"_s, 3, 40}, {u"Bot"_s, 0, 0}}),
+                 demoServer(u"127.0.23.2"_s, u"34"_s, u"Bots"_s, {{u"Bot1"_s, 0, 0}, {u"Bot2"_s, 0, 0}}),
+                 demoServer(u"127.0.23.3"_s, u"34"_s, u"Empty"_s)});
+        QVERIFY(lab.started);
         MainWindow &w = *lab.window;
-        child<QComboBox>(lab.window, "listLocationBox_")->setEditText(network.listUrl());
         QVERIFY(child(lab.window, "friendsOnlineLabel_")->isHidden());
 
         child<QAction>(lab.window, "findAction_")->trigger();
@@ -371,7 +338,7 @@ private slots:
         QVERIFY(tray && !w.isVisible());
         auto *watch = w.findChild<Ticker *>(u"friendsWatchTicker_"_s);
         QCOMPARE(watch->interval(), 300 * 1000);
-        network.gameServers()[1]->setPlayers({{u"Bot1"_s, 0, 0}, {u"Mynx"_s, 2, 70}});
+        lab.network.gameServers()[1]->setPlayers({{u"Bot1"_s, 0, 0}, {u"Mynx"_s, 2, 70}});
         emit watch->timeout();
         QCOMPARE(tray->notes, QStringList{u"Mynx joined Bots"_s});
         QCOMPARE(online->text(), u"2 friends online"_s);

@@ -6,7 +6,6 @@
 #include "shell/mainwindow.h"
 #include "shell/seams.h"
 #include "shell/serverrow.h"
-#include "shell/itemlist.h"
 
 #include <QObject>
 
@@ -17,8 +16,8 @@ T *child(const QObject &parent, const char *name)
     return parent.findChild<T *>(QLatin1String(name));
 }
 
-// A row of the main list with its record, as a refresh leaves it.
-inline void addListedServer(MainWindow &w, const char *address, int port, const QString &hostName = {},
+// A row of the main list with its record, as a refresh leaves it; the record's index.
+inline int addListedServer(MainWindow &w, const char *address, int port, const QString &hostName = {},
                             bool favorite = false)
 {
     ServerRec rec;
@@ -31,4 +30,5 @@ inline void addListedServer(MainWindow &w, const char *address, int port, const 
     const QString row = ServerRow::format(10 + index, favorite, QLatin1String(address), hostName, {}, {}, {});
     auto *list = w.findChild<ItemList *>(QStringLiteral("serverList_"));
     list->setRowData(list->addRow(row), index);
+    return index;
 }

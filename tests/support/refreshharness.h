@@ -1,9 +1,9 @@
 #pragma once
 // A refresh session against the demo network and the scripted seams, without a
 // window: what each run reports is kept as a window would show it.
+#include "support/demoservers.h"
 #include "support/testsupport.h"
 
-#include "demonet/demonetwork.h"
 #include "probes/gamequerychannel.h"
 #include "serverlist/refreshsession.h"
 
@@ -12,12 +12,7 @@
 inline Demo::Server fakeServer(const char *address, quint16 port, const char *protocol, const char *name,
                                int players = 0)
 {
-    Demo::Server s;
-    s.address = QHostAddress(QLatin1String(address));
-    s.port = port;
-    s.protocol = QLatin1String(protocol);
-    s.hostName = QLatin1String(name);
-    s.map = QStringLiteral("q2dm1");
+    Demo::Server s = demoServer(QLatin1String(address), QLatin1String(protocol), QLatin1String(name), {}, port);
     for (int i = 0; i < players; ++i)
         s.players.append({QStringLiteral("p%1").arg(i), i, 50});
     return s;
