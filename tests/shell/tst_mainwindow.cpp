@@ -1,4 +1,5 @@
 #include "support/demoservers.h"
+#include "support/listwebserver.h"
 #include "support/testsupport.h"
 
 #include "finder/findwindow.h"
@@ -163,6 +164,23 @@ private slots:
         const auto labels = QAccessible::queryAccessibleInterface(location)->relations(QAccessible::Label);
         QVERIFY(!labels.isEmpty() && labels.first().first->object() == child(lab.window, "listLocationLabel_"));
         QCOMPARE(heard(lab.button("favRefreshButton_")), QStringLiteral("Fav Refresh"));
+    }
+
+    // Refresh List with a location on a standard web server (Python's, with a
+    // query string as q2servers.com's) lists its servers.
+    void refreshFromAStandardWebServer()
+    {
+        Lab lab("127.0.25.", 3, "34");
+        ListWebServer web;
+        if (const QString why = web.start(); !why.isEmpty())
+            QSKIP(qPrintable(why));
+        QVERIFY(lab.started && web.put(QStringLiteral("servers"), "127.0.25.1\n127.0.25.2:27910\n127.0.25.3\n"));
+        child<QComboBox>(lab.window, "listLocationBox_")->setEditText(web.url(QStringLiteral("servers?raw=1")));
+        QTest::mouseClick(lab.button("refreshButton_"), Qt::LeftButton);
+        QCOMPARE(child<ItemList>(lab.window, "serverList_")->texts().size(), 3);
+        QCOMPARE(child<QLabel>(lab.window, "statusLabel_")->text(), QStringLiteral("Done..."));
+        QCOMPARE(child<QLabel>(lab.window, "listCountLabel_")->text(), QStringLiteral("3"));
+        QVERIFY(lab.env.prompts.shown.isEmpty());
     }
 
     // While a run goes, the close is refused and a pick of a row leaves Server Info off;
