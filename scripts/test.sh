@@ -11,16 +11,19 @@ export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1
 export LSAN_OPTIONS=suppressions=$PWD/tests/lsan.supp:print_suppressions=0
 export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 
-echo "== plain build"
+# Each stage says when it starts, in seconds since the command began.
+stage() { echo "== [${SECONDS} s] $*"; }
+stage "plain build"
 scripts/build.sh build
 ctest --test-dir build --output-on-failure -j "$(nproc)"
 # The sanitizer build holds only the tests and what they run; -O1 keeps the instrumented
 # tests quick and -g1 (line tables only) keeps its links small, yet reports show file:line.
-echo "== AddressSanitizer + UndefinedBehaviorSanitizer build"
+stage "AddressSanitizer + UndefinedBehaviorSanitizer build"
 scripts/build.sh build-asan -DPULSEBOX_SANITIZE=ON -DCMAKE_BUILD_TYPE=Debug "-DCMAKE_CXX_FLAGS_DEBUG=-O1 -g1" \
     -- pulsebox_tests
 ctest --test-dir build-asan --output-on-failure -j "$(nproc)"
-echo "== Debian package: build, install, check, remove"
+stage "Debian package: build, install, check, remove"
 scripts/package-check.sh build
-echo "== fuzz targets (clang; skipped where it cannot be had)"
+stage "fuzz targets (clang; skipped where it cannot be had)"
 scripts/fuzz.sh 2
+stage "all done"
