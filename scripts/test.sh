@@ -6,6 +6,12 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh
+# The package check's and the fuzz run's tools install while the builds run: apt waits on
+# the network and the disk, the builds on the processors. Their own set-up steps find them
+# installed then (or, where this failed, try again and say why).
+tools_log=$(mktemp)
+scripts/setup.sh lintian appstream man-db dpkg-dev desktop-file-utils help2man clang > "$tools_log" 2>&1 &
+tools_install=$!
 export QT_QPA_PLATFORM=offscreen
 export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1
 export LSAN_OPTIONS=suppressions=$PWD/tests/lsan.supp:print_suppressions=0
@@ -22,6 +28,8 @@ stage "AddressSanitizer + UndefinedBehaviorSanitizer build"
 scripts/build.sh build-asan -DPULSEBOX_SANITIZE=ON -DCMAKE_BUILD_TYPE=Debug "-DCMAKE_CXX_FLAGS_DEBUG=-O1 -g1" \
     -- pulsebox_tests
 ctest --test-dir build-asan --output-on-failure -j "$(nproc)"
+wait "$tools_install" || cat "$tools_log"
+rm -f "$tools_log"
 stage "Debian package: build, install, check, remove"
 scripts/package-check.sh build
 stage "fuzz targets (clang; skipped where it cannot be had)"
