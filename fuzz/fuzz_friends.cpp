@@ -22,8 +22,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         FUZZ_CHECK(FinderSettings::parse(settings.serialize()).serialize() == settings.serialize());
     } else {
         const QString answer = WireText::fromBytes(bytes);
-        const ServerFacts facts = ServerFacts::of(QStringLiteral("127.0.0.2:27910"), answer.left(40), answer.mid(40, 5),
-                                                  answer.mid(45, 8), answer.mid(53, 5), 0, answer);
+        const ServerFacts facts = ServerFacts::of(QStringLiteral("127.0.0.2:27910"), true, answer.left(40),
+                                                  answer.mid(40, 5), answer.mid(45, 8), answer.mid(53, 5), 0, answer);
         FUZZ_CHECK(facts.foldedNames.count(u'\n') == facts.playerNames.size());
         for (const QString &name : facts.playerNames) {
             const QString folded = PlayerNames::folded(name);

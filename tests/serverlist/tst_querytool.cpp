@@ -155,7 +155,9 @@ private slots:
         QCOMPARE(names(runTool(QStringLiteral("--not-empty --not-full") + servers)), QStringLiteral("Arena,Bots"));
         QCOMPARE(names(runTool(QStringLiteral("--map DM --version=3.19 --max-ping 1000") + servers)),
                  QStringLiteral("Arena,Bots,Empty,Full"));
-        QCOMPARE(names(runTool(QStringLiteral("--game-version 3.20") + servers)), QString());
+        const Run none = runTool(QStringLiteral("--game-version 3.20") + servers);  // none passes: said, status 1
+        QCOMPARE(names(none), QString());
+        QVERIFY2(none.exitCode == 1 && none.err.contains("No server passes the filters."), none.err.constData());
 
         QTemporaryDir dir;
         QFile friends(dir.filePath(QStringLiteral("friends.txt")));
@@ -168,9 +170,12 @@ private slots:
             seen << server[QStringLiteral("friends")].toVariant().toStringList().join(u'+');
         QCOMPARE(seen, (QStringList{QStringLiteral("[Q2]Vector"), QString(), QString(), QStringLiteral("Vect\u00efr")}));
 
-        for (const char *bad : {"--find \x01", "--max-ping -5", "--max-ping x", "--friends /nonexistent/friends.txt"}) {
+        for (const auto &[bad, said] : std::initializer_list<std::pair<const char *, const char *>>{
+                 {"--find \x01", "--find"}, {"--max-ping -5", "0 to 9999"}, {"--max-ping 99999999999", "0 to 9999"},
+                 {"--game-version 3.99", "3.20, 3.19, 3.17, 3.15, 3.14, unkn"},
+                 {"--friends /nonexistent/friends.txt", "friends file"}}) {
             const Run run = runTool(QLatin1String(bad) + servers);
-            QVERIFY2(run.exitCode == 2 && !run.err.isEmpty(), bad);
+            QVERIFY2(run.exitCode == 2 && run.err.contains(said), bad);
         }
     }
 

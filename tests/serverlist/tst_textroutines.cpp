@@ -115,14 +115,20 @@ private slots:
     void filtersHideOnlyWhatTheySay()
     {
         const QString status = u"\u00ff\u00ff\u00ff\u00ffprint\n\\mapname\\q2dm1\n"_s;
-        const ServerFacts bots = ServerFacts::of(u"127.0.0.2:27910"_s, u"Bots"_s, u"3.20"_s, u"q2dm1"_s, u" 2/ 8"_s, 30,
-                                                 status + u"0 0 \"Bot1\"\n5 0 \"Bot2\"\n"_s);
-        const ServerFacts full = ServerFacts::of(u"127.0.0.3:27910"_s, u"Full"_s, u"3.19"_s, u"Q2DM8"_s, u" 2/ 2"_s, 80,
-                                                 status + u"0 0 \"Bot1\"\n5 48 \"[Q2]Vector\"\n"_s);
-        const ServerFacts empty = ServerFacts::of(u"127.0.0.4:27910"_s, u"Empty"_s, u"unkn"_s, u"base1"_s, u" 0/ 8"_s, 120,
-                                                  status);
-        const ServerFacts silent = ServerFacts::of(u"127.0.0.5:27910"_s, {}, u"unkn"_s, {}, {}, 10, {});
+        const ServerFacts bots = ServerFacts::of(u"127.0.0.2:27910"_s, true, u"Bots"_s, u"3.20"_s, u"q2dm1"_s,
+                                                 u" 2/ 8"_s, 30, status + u"0 0 \"Bot1\"\n5 0 \"Bot2\"\n"_s);
+        const ServerFacts full = ServerFacts::of(u"127.0.0.3:27910"_s, true, u"Full"_s, u"3.19"_s, u"Q2DM8"_s,
+                                                 u" 2/ 2"_s, 80, status + u"0 0 \"Bot1\"\n5 48 \"[Q2]Vector\"\n"_s);
+        const ServerFacts empty = ServerFacts::of(u"127.0.0.4:27910"_s, true, u"Empty"_s, u"unkn"_s, u"base1"_s,
+                                                  u" 0/ 8"_s, 120, status);
+        // No info line: the row's fields read "No data returned", which are no facts.
+        const ServerFacts silent = ServerFacts::of(u"127.0.0.5:27910"_s, false, u"No"_s, u"3.14"_s, u"data"_s,
+                                                   u"returned"_s, 10, {});
+        // A status reply without a line feed holds no players, whatever its text.
+        const ServerFacts broken = ServerFacts::of(u"127.0.0.6:27910"_s, true, u"Broken"_s, u"3.20"_s, u"q2dm1"_s,
+                                                   u" 1/ 8"_s, 10, u"\u00ff\u00ff\u00ff\u00ffBroken Reply"_s);
         QVERIFY(bots.onlyBots && !full.onlyBots && !empty.onlyBots && !silent.onlyBots);  // no players: no bots
+        QVERIFY(broken.playersAsked && broken.playerNames.isEmpty() && !broken.onlyBots);
         QCOMPARE(full.playerNames, (QStringList{u"Bot1"_s, u"[Q2]Vector"_s}));
 
         const auto shown = [&](const ServerFilter &filter) {
@@ -140,10 +146,11 @@ private slots:
             return f;
         };
         QCOMPARE(shown(with([](ServerFilter &f) { f.hideEmpty = true; })), u"23"_s);  // no count is no player
-        QCOMPARE(shown(with([](ServerFilter &f) { f.hideFull = true; })), u"245"_s);
-        QCOMPARE(shown(with([](ServerFilter &f) { f.hideOnlyBots = true; })), u"345"_s);
+        QCOMPARE(shown(with([](ServerFilter &f) { f.hideFull = true; })), u"24"_s);  // no data: hidden
+        QCOMPARE(shown(with([](ServerFilter &f) { f.hideOnlyBots = true; })), u"34"_s);
         QCOMPARE(shown(with([](ServerFilter &f) { f.version = u" 3.19 "_s; })), u"3"_s);
         QCOMPARE(shown(with([](ServerFilter &f) { f.mapText = u"dm"_s; })), u"23"_s);
+        QCOMPARE(shown(with([](ServerFilter &f) { f.mapText = u"data"_s; })), QString());
         QCOMPARE(shown(with([](ServerFilter &f) { f.maxPing = 80; })), u"235"_s);
         QCOMPARE(shown(with([](ServerFilter &f) { f.maxPing = 0; })), QString());
         QCOMPARE(shown(with([](ServerFilter &f) { f.playerText = u"vec"_s; })), u"3"_s);

@@ -3,6 +3,7 @@
 #include "support/testsupport.h"
 
 #include "finder/findwindow.h"
+#include "serverlist/refreshsession.h"
 #include "shell/seams.h"
 #include "shell/trayicon.h"
 #include "shell/helpwindow.h"
@@ -330,7 +331,13 @@ private slots:
         QCOMPARE(shown(), u"Arena,Bots,Empty"_s);
         QCOMPARE(list->texts(), rows);  // never a changed row
 
-        // Friends: saved as typed, marked beside the row, counted.
+        // Friends: Escape cancels the editor; saved as typed, marked in the row's
+        // margin (the text neither moves nor grows), counted.
+        const int arena = static_cast<int>(rows.indexOf(rows.filter(u"Arena"_s).value(0)));
+        const QRect arenaRect = list->visualItemRect(list->item(arena));
+        QTest::mouseClick(child<QPushButton>(lab.window, "friendsButton_"), Qt::LeftButton);
+        QTest::keyClick(child<QPlainTextEdit>(lab.window, "namesEdit_"), Qt::Key_Escape);
+        QTRY_VERIFY(!w.findChild<QWidget *>(u"FriendsDialog"_s));
         QTest::mouseClick(child<QPushButton>(lab.window, "friendsButton_"), Qt::LeftButton);
         child<QPlainTextEdit>(lab.window, "namesEdit_")->setPlainText(u"mynx\n vector \n"_s);
         QTest::mouseClick(child<QPushButton>(lab.window, "saveButton_"), Qt::LeftButton);
@@ -340,8 +347,10 @@ private slots:
         QCOMPARE(online->text(), u"1 friend online"_s);
         QCOMPARE(heard(online), u"1 friend online"_s);
         QCOMPARE(list->texts(), rows);
-        const int arena = static_cast<int>(rows.indexOf(rows.filter(u"Arena"_s).value(0)));
-        QVERIFY(!list->item(arena)->icon().isNull());
+        QCOMPARE(list->visualItemRect(list->item(arena)), arenaRect);
+        const QImage drawn = list->viewport()->grab().toImage();
+        const auto edge = [&](int row) { return drawn.pixel(0, list->visualItemRect(list->item(row)).center().y()); };
+        QVERIFY(edge(arena) != edge(arena == 0 ? 1 : 0));
         QCOMPARE(list->item(arena)->data(Qt::AccessibleDescriptionRole).toString(), u"Friends here: [Q2]Vector"_s);
 
         // The watch: on, iconized; Mynx joins Bots before its Fav Refresh (through
@@ -351,9 +360,11 @@ private slots:
         w.setFavorites({{u"127.0.23.1"_s, u"a"_s}, {u"127.0.23.2"_s, u"b"_s}});
         QPointer<NotingTray> tray;
         Seams::setTrayMaker([&tray](QWidget *owner) { return tray = new NotingTray(owner); });
+        auto *finder = w.findChild<QWidget *>(u"FindWindow"_s);
+        QVERIFY(finder->isVisible());
         child<QAction>(lab.window, "iconizeAction_")->trigger();
         Seams::setTrayMaker({});
-        QVERIFY(tray && !w.isVisible());
+        QVERIFY(tray && !w.isVisible() && !finder->isVisible());  // Find and Filter goes along
         auto *watch = w.findChild<Ticker *>(u"friendsWatchTicker_"_s);
         QCOMPARE(watch->interval(), 300 * 1000);
         lab.network.gameServers()[1]->setPlayers({{u"Bot1"_s, 0, 0}, {u"Mynx"_s, 2, 70}});
@@ -364,7 +375,19 @@ private slots:
         QCOMPARE(tray->notes.size(), 1);
         emit tray->mouseEvent(TrayIcon::kLeftDoubleClick);
         QTRY_VERIFY(w.isVisible());
+        QVERIFY(finder->isVisible());
         QCOMPARE(watch->interval(), 0);
+        // Both favorites are listed too: two rows each, each friend counted once;
+        // while the refresh runs, the count starts again from 0 with the rows.
+        auto *session = w.findChild<RefreshSession *>();
+        QString during;
+        connect(session, &RefreshSession::probingStarted, session, [&] { during = online->text(); });
+        QTest::mouseClick(lab.button("refreshButton_"), Qt::LeftButton);
+        QCOMPARE(during, u"0 friends online"_s);
+        QCOMPARE(list->count(), 5);
+        QCOMPARE(online->text(), u"2 friends online"_s);
+        QTest::keyClick(search, Qt::Key_Escape);
+        QVERIFY(!finder->isVisible());
 
         // Without a tray, the stand-in square shows the message as a note that
         // screen readers hear.
@@ -373,6 +396,49 @@ private slots:
         standIn.notify(u"Pulsebox"_s, u"Mynx joined Bots"_s);
         QVERIFY(standIn.note() && standIn.note()->isVisible());
         QCOMPARE(heard(standIn.note()), u"Mynx joined Bots"_s);
+    }
+
+    // After a refresh that did not ask for players, the search's hint comes and
+    // goes without moving or squeezing a field; every control of the Find window
+    // and the Friends editor has its own Alt key.
+    void findWindowLayoutCountsAndKeys()
+    {
+        Lab lab({demoServer(u"127.0.26.1"_s, u"34"_s, u"Arena"_s, {{u"Vector"_s, 3, 40}})});
+        QVERIFY(lab.started);
+        QTest::mouseClick(lab.button("refreshButton_"), Qt::LeftButton);  // no finder yet: no players asked
+        child<QAction>(lab.window, "findAction_")->trigger();
+        auto *finder = lab.window->findChild<QWidget *>(u"FindWindow"_s);
+        QVERIFY(QTest::qWaitForWindowExposed(finder));
+        const auto geometries = [finder] {
+            QList<QRect> all;
+            for (const char *name : {"playerSearchEdit_", "versionBox_", "mapEdit_", "maxPingBox_", "hideBotsCheck_"})
+                all << finder->findChild<QWidget *>(QLatin1String(name))->geometry();
+            return all;
+        };
+        const QList<QRect> before = geometries();
+        QTest::keyClicks(child<QLineEdit>(lab.window, "playerSearchEdit_"), u"vec"_s);
+        auto *hint = child<QLabel>(lab.window, "playersHintLabel_");
+        auto *shown = child<QLabel>(lab.window, "shownLabel_");
+        QVERIFY(hint->isVisible());
+        QCOMPARE(shown->text(), u"Showing 0 of 1 rows"_s);  // rows, as the list count counts them
+        QCOMPARE(geometries(), before);
+        child<QLineEdit>(lab.window, "playerSearchEdit_")->clear();
+        QVERIFY(hint->isHidden());
+        QCOMPARE(geometries(), before);
+
+        QTest::mouseClick(child<QPushButton>(lab.window, "friendsButton_"), Qt::LeftButton);
+        for (QWidget *window : {finder, lab.window->findChild<QWidget *>(u"FriendsDialog"_s)}) {
+            QStringList keys;
+            for (const QObject *control : window->findChildren<QObject *>(Qt::FindDirectChildrenOnly)) {
+                const QVariant text = control->property("text");
+                const QKeySequence key = QKeySequence::mnemonic(text.toString());
+                if (text.isValid() && !key.isEmpty()) {
+                    QVERIFY2(!keys.contains(key.toString()), qPrintable(text.toString()));
+                    keys << key.toString();
+                }
+            }
+            QVERIFY(keys.size() >= 3);
+        }
     }
 
     // A friends file that cannot be read is said at start-up and kept: Save asks

@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 namespace {
 ServerFacts factsOf(const ProbeResult &r)
 {
-    return ServerFacts::of(r.address + u':' + r.portText, r.hostName, r.version, r.map, r.players, r.ping,
+    return ServerFacts::of(r.address + u':' + r.portText, r.answered, r.hostName, r.version, r.map, r.players, r.ping,
                            r.statusAnswer);
 }
 }
@@ -30,9 +30,10 @@ void FinderOptions::addTo(QCommandLineParser &parser)
         {u"not-full"_s, u"Leave out full servers."_s},
         {u"no-bots"_s, u"Leave out servers whose only players look like bots (every one pings 0). Implies --status."_s},
         {u"map"_s, u"Keep only servers whose map name contains TEXT, regardless of case."_s, u"text"_s},
-        {u"game-version"_s, u"Keep only servers of this game version (3.14 to 3.20, or unkn); also "
-                            "--version=VERSION."_s, u"version"_s},
-        {u"max-ping"_s, u"Keep only servers pinging at most this many ms."_s, u"ms"_s},
+        {u"game-version"_s, u"Keep only servers of this game version (%1); also --version=VERSION."_s.arg(
+                                ServerFilter::kVersions.join(u", "_s)), u"version"_s},
+        {u"max-ping"_s, u"Keep only servers pinging at most this many ms (0 to %1)."_s.arg(ServerFilter::kMaxPing),
+         u"ms"_s},
     });
 }
 
@@ -59,12 +60,18 @@ bool FinderOptions::read(const QCommandLineParser &parser, QString *problem)
     filter.hideFull = parser.isSet(u"not-full"_s);
     filter.hideOnlyBots = parser.isSet(u"no-bots"_s);
     filter.mapText = parser.value(u"map"_s);
-    filter.version = parser.value(u"game-version"_s);
+    filter.version = parser.value(u"game-version"_s).trimmed();
+    if (parser.isSet(u"game-version"_s) && !ServerFilter::kVersions.contains(filter.version, Qt::CaseInsensitive)) {
+        *problem = u"--game-version must be one of %1, not \"%2\"."_s.arg(ServerFilter::kVersions.join(u", "_s),
+                                                                          parser.value(u"game-version"_s));
+        return false;
+    }
     if (parser.isSet(u"max-ping"_s)) {
         bool ok = false;
         filter.maxPing = parser.value(u"max-ping"_s).trimmed().toInt(&ok);
-        if (!ok || filter.maxPing < 0) {
-            *problem = u"--max-ping needs a whole number of milliseconds, not \"%1\"."_s.arg(parser.value(u"max-ping"_s));
+        if (!ok || filter.maxPing < 0 || filter.maxPing > ServerFilter::kMaxPing) {
+            *problem = u"--max-ping needs a whole number of milliseconds from 0 to %1, not \"%2\"."_s.arg(
+                ServerFilter::kMaxPing).arg(parser.value(u"max-ping"_s));
             return false;
         }
     }
@@ -83,9 +90,9 @@ bool FinderOptions::read(const QCommandLineParser &parser, QString *problem)
 
 bool FinderOptions::keeps(const ProbeResult &result) const
 {
-    if (!filter.isOn())
-        return true;
-    return result.answered && filter.accepts(factsOf(result));
+    // A server without a row (no ping, or over the limit) never passes a filter;
+    // the rest are judged as the window judges its rows.
+    return !filter.isOn() || (result.accepted && filter.accepts(factsOf(result)));
 }
 
 void FinderOptions::mark(const ProbeResult &result, QJsonObject *object) const

@@ -226,7 +226,8 @@ int run()
     parser.setApplicationDescription(
         u"Probes Quake 2 servers: pings each, asks it for its version and info line, and prints the\n"
         "rows of the servers within the ping limit, fastest first (or every server as JSON).\n"
-        "Exit status: 0 when a server answered, 1 when none did, 2 for bad usage."_s);
+        "Exit status: 0 when a server answered (and passed the filters, when any are given),\n"
+        "1 when none did, 2 for bad usage."_s);
     parser.addHelpOption();
     parser.addVersionOption();
     parser.addPositionalArgument(u"servers"_s, u"Servers as HOST[:PORT] (port 27910 when none)."_s,
@@ -353,6 +354,7 @@ int run()
     const bool withHops = parser.isSet(u"hops"_s);
     const QHash<QString, HopResult> hops = withHops ? countHops(results) : QHash<QString, HopResult>();
     QTextStream out(stdout);
+    qsizetype kept = 0;
     if (parser.isSet(u"json"_s)) {
         QJsonArray array;
         for (const ProbeResult &r : results) {
@@ -365,6 +367,7 @@ int run()
             array.append(object);
         }
         out << QJsonDocument(array).toJson(QJsonDocument::Indented);
+        kept = array.size();
     } else {
         QList<const ProbeResult *> rows;
         for (const ProbeResult &r : results) {
@@ -373,10 +376,15 @@ int run()
         }
         std::stable_sort(rows.begin(), rows.end(),
                          [](const ProbeResult *a, const ProbeResult *b) { return a->ping < b->ping; });
+        kept = rows.size();
         for (const ProbeResult *r : rows)
             out << (withHops && r->answered ? ServerRow::withHops(r->row, hops.value(r->address).hops) : r->row) << "\n";
     }
     out.flush();
     const bool anyAnswered = std::any_of(results.begin(), results.end(), [](const ProbeResult &r) { return r.answered; });
+    if (anyAnswered && finder.filter.isOn() && kept == 0) {
+        err() << "No server passes the filters.\n";
+        return ExitNoneAnswered;
+    }
     return anyAnswered ? ExitAnswered : ExitNoneAnswered;
 }

@@ -57,6 +57,8 @@ QList<Sighting> joined(const QList<Sighting> &before, const QList<Sighting> &now
     return added;
 }
 
+QList<Sighting> distinct(const QList<Sighting> &sightings) { return joined({}, sightings); }
+
 QString joinedText(const Sighting &sighting)
 {
     return u"%1 joined %2"_s.arg(sighting.player, sighting.server.isEmpty() ? sighting.target : sighting.server);

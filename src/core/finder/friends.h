@@ -28,6 +28,9 @@ struct Sighting {
     bool operator==(const Sighting &) const = default;
 };
 
+// One sighting per player (folded) per server: a server listed twice (a favorite
+// that the list names too) shows its friends once. "n friends online" counts these.
+QList<Sighting> distinct(const QList<Sighting> &sightings);
 // The sightings of `now` that `before` lacks: the same player (folded) on the same
 // server counts as still there, so a friend who moves to another server joins it.
 QList<Sighting> joined(const QList<Sighting> &before, const QList<Sighting> &now);

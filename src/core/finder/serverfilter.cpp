@@ -8,16 +8,19 @@
 
 using namespace Qt::StringLiterals;
 
-ServerFacts ServerFacts::of(const QString &target, const QString &name, const QString &version,
+ServerFacts ServerFacts::of(const QString &target, bool answered, const QString &name, const QString &version,
                             const QString &map, const QString &playersField, double ping,
                             const QString &statusAnswer)
 {
     ServerFacts facts;
     facts.target = target;
+    facts.ping = ping;
+    facts.answered = answered;
+    if (!answered)
+        return facts;
     facts.name = name.trimmed();
     facts.version = version.trimmed();
     facts.map = map.trimmed();
-    facts.ping = ping;
     const QStringList counts = playersField.split(u'/');
     bool ok = false;
     if (counts.size() == 2) {
@@ -29,7 +32,9 @@ ServerFacts ServerFacts::of(const QString &target, const QString &name, const QS
             facts.maxPlayers = -1;
     }
     if (!statusAnswer.isEmpty()) {
-        const QList<StatusAnswer::Player> players = StatusAnswer::parse(statusAnswer).players();
+        const StatusAnswer status = StatusAnswer::parse(statusAnswer);
+        const QList<StatusAnswer::Player> players =
+            status.settingsEnded ? status.players() : QList<StatusAnswer::Player>();
         facts.playersAsked = true;
         facts.foldedNames = PlayerNames::foldedLines(players);
         facts.onlyBots = PlayerNames::onlyBots(players);
@@ -54,6 +59,9 @@ bool ServerFilter::accepts(const ServerFacts &facts) const
 
 bool ServerFilter::accepts(const ServerFacts &facts, const QString &foldedPlayerText) const
 {
+    if (!facts.answered && (!foldedPlayerText.isEmpty() || hideEmpty || hideFull || hideOnlyBots
+                            || !version.trimmed().isEmpty() || !mapText.trimmed().isEmpty()))
+        return false;
     if (hideEmpty && facts.players <= 0)
         return false;
     if (hideFull && facts.maxPlayers >= 0 && facts.players >= facts.maxPlayers)
@@ -93,7 +101,7 @@ FinderSettings FinderSettings::parse(const QByteArray &bytes)
         else if (key == u"map"_s)
             s.filter.mapText = value.left(64);
         else if (key == u"maxPing"_s && ok)
-            s.filter.maxPing = std::clamp(number, -1, 9999);
+            s.filter.maxPing = std::clamp(number, -1, ServerFilter::kMaxPing);
         else if (key == u"watchFriends"_s)
             s.watchFriends = flag;
         else if (key == u"watchSeconds"_s && ok)

@@ -6,6 +6,9 @@
 // What the filters and the player search look at, of one listed server.
 struct ServerFacts {
     QString target;          // address ":" port, as the row shows it
+    // The server gave its info line. One that did not ("No data returned") has no
+    // name, map, player count or players here, and only the ping filter judges it.
+    bool answered = false;
     QString name;            // host name, trimmed ("" when the server gave none)
     QString version;         // "3.14" .. "3.20" or "unkn", trimmed
     QString map;             // trimmed
@@ -18,14 +21,24 @@ struct ServerFacts {
     bool onlyBots = false;   // PlayerNames::onlyBots
 
     // From the info line's players field ("3/ 8", as the server wrote it), the
-    // other info fields and the raw "status" answer (empty when none came).
-    static ServerFacts of(const QString &target, const QString &name, const QString &version, const QString &map,
-                          const QString &playersField, double ping, const QString &statusAnswer);
+    // other info fields and the raw "status" answer (empty when none came). Without
+    // `answered` the info fields are ignored. Players come only from an answer whose
+    // settings line ended with a line feed: anything else is no player list.
+    static ServerFacts of(const QString &target, bool answered, const QString &name, const QString &version,
+                          const QString &map, const QString &playersField, double ping,
+                          const QString &statusAnswer);
 };
 
 // The filters and the player search, one object for the window and the tool.
-// Every filter is off by default; a filter only ever hides servers.
+// Every filter is off by default; a filter only ever hides servers. A server that
+// gave no info line is hidden by every filter but the ping filter, which judges its
+// ping: it lacks what the others look at (its version is only the probe's guess).
 struct ServerFilter {
+    // The versions a server can show, newest first, and the highest ping limit.
+    static inline const QStringList kVersions{QStringLiteral("3.20"), QStringLiteral("3.19"), QStringLiteral("3.17"),
+                                              QStringLiteral("3.15"), QStringLiteral("3.14"), QStringLiteral("unkn")};
+    static constexpr int kMaxPing = 9999;
+
     QString playerText;       // show servers where a player's name contains it
     bool hideEmpty = false;   // no players in use, or no count given
     bool hideFull = false;    // in use at least the capacity

@@ -24,6 +24,7 @@ StatusAnswer StatusAnswer::parse(const QString &answer)
     status.complete = answer.size() >= 10;
     const QString rest = answer.mid(10);
     const qsizetype lf = rest.indexOf(u'\n');
+    status.settingsEnded = status.complete && lf >= 0;
     if (lf >= 0)
         status.serverFields = PrintableText(rest.left(lf)).split(u'\\').mid(1);
     status.playerText = lf < 0 ? rest : rest.mid(lf + 1);

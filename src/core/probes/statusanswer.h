@@ -16,6 +16,9 @@ struct StatusAnswer {
     };
 
     bool complete = false;  // the opening 10 characters came
+    // The settings line ended with a line feed: only then are the lines after it
+    // players (a reply without one is no player list, whatever it says).
+    bool settingsEnded = false;
     // The server line's printable text after its first "\", cut at every "\":
     // keys and values in turn, as sent; a last key may lack its value. Text before
     // the first "\" (some servers greet there) is no field.

@@ -187,8 +187,8 @@ void RefreshSession::probeSerial(const RefreshRequest &request, const QString &e
     const QString status =
         request.players && answered ? queries_.query(address, server.port, GameQuery::StatusMode) : QString();
     const qint32 index = table_.appendServer(accepted.record);
-    keepFacts(index, ServerFacts::of(address + u':' + server.port, accepted.hostName, probe.version, accepted.map,
-                                     accepted.players, ping, status));
+    keepFacts(index, ServerFacts::of(address + u':' + server.port, answered, accepted.hostName, probe.version,
+                                     accepted.map, accepted.players, ping, status));
     emit rowAccepted(accepted.row, index);
 }
 
@@ -263,8 +263,8 @@ void RefreshSession::probeFast(const RefreshRequest &request, const QStringList 
         }
         if (r.accepted) {
             const qint32 index = table_.appendServer(r.record);
-            keepFacts(index, ServerFacts::of(r.address + u':' + r.portText, r.hostName, r.version, r.map, r.players,
-                                             r.ping, r.statusAnswer));
+            keepFacts(index, ServerFacts::of(r.address + u':' + r.portText, r.answered, r.hostName, r.version, r.map,
+                                             r.players, r.ping, r.statusAnswer));
             emit rowAccepted(r.row, index);
         }
     }

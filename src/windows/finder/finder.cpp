@@ -16,30 +16,36 @@
 #include "shell/trayicon.h"
 #include "shell/twips.h"
 
-#include <QAccessible>
 #include <QAction>
 #include <QFileInfo>
 #include <QLabel>
 #include <QPainter>
+#include <QStyledItemDelegate>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-// A filled dot beside a row where a friend plays; rows without one get a blank of
-// the same size, so that every row's text starts in the same column.
-QIcon friendMark(int size, bool friendHere)
-{
-    QPixmap pixmap(size, size);
-    pixmap.fill(Qt::transparent);
-    if (friendHere) {
-        QPainter p(&pixmap);
-        p.setRenderHint(QPainter::Antialiasing);
-        p.setPen(Qt::NoPen);
-        p.setBrush(QColor(0x20, 0xA0, 0x40));
-        p.drawEllipse(QRectF(size * 0.15, size * 0.15, size * 0.7, size * 0.7));
+// Set on a row where a friend plays.
+constexpr int kFriendHereRole = Qt::UserRole + 1;
+
+// Marks the rows where a friend plays with a tint and a bar at the left edge,
+// inside the row's margin: the text stays where the column captions expect it and
+// the rows keep their height. Other rows are painted as before.
+class FriendMarkDelegate : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+    void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override
+    {
+        if (!index.data(kFriendHereRole).toBool())
+            return QStyledItemDelegate::paint(painter, option, index);
+        const QColor mark(0x20, 0xA0, 0x40);
+        QColor tint = mark;
+        tint.setAlpha(48);
+        painter->fillRect(option.rect, tint);
+        QStyledItemDelegate::paint(painter, option, index);
+        painter->fillRect(QRect(option.rect.topLeft(), QSize(2, option.rect.height())), mark);
     }
-    return QIcon(pixmap);
-}
+};
 
 // Reads a file of the finder's; a missing file is no problem, any other failure is
 // said once at start-up and leaves the file as it is.
@@ -62,6 +68,7 @@ void MainWindow::buildFinder(QWidget *client)
     friendsOnlineLabel_ = Controls::label(client, "friendsOnlineLabel_", QString(),
                                           Twips::rect(4440, 540, 3000, 255));
     friendsOnlineLabel_->hide();
+    serverList_->setItemDelegate(new FriendMarkDelegate(serverList_));
     friendsWatchTicker_ = new Ticker(this);
     friendsWatchTicker_->setObjectName(u"friendsWatchTicker_"_s);
     findAction_->setShortcut(QKeySequence::Find);
@@ -90,6 +97,31 @@ void MainWindow::showFinder()
     findWindow_->raise();
     findWindow_->activateWindow();
     showListCount();
+}
+
+void MainWindow::hideFinderWindows()
+{
+    finderWindowsHidden_.clear();
+    if (!findWindow_)
+        return;
+    QList<QWidget *> windows{findWindow_};
+    for (FriendsDialog *editor : findWindow_->findChildren<FriendsDialog *>())
+        windows << editor;
+    for (QWidget *window : std::as_const(windows)) {
+        if (window->isVisible()) {
+            finderWindowsHidden_ << window;
+            window->hide();
+        }
+    }
+}
+
+void MainWindow::showFinderWindows()
+{
+    for (const QPointer<QWidget> &window : std::as_const(finderWindowsHidden_)) {
+        if (window)
+            window->show();
+    }
+    finderWindowsHidden_.clear();
 }
 
 void MainWindow::finderChanged()
@@ -158,24 +190,20 @@ void MainWindow::markFriendsOf(QListWidgetItem *item, const ServerFacts &facts)
 {
     const QStringList here = PlayerNames::friendsAmong(facts.playerNames, friends_);
     const QString note = here.isEmpty() ? QString() : u"Friends here: "_s + here.join(u", "_s);
-    item->setIcon(friendMark(serverList_->iconSize().height(), !here.isEmpty()));
+    item->setData(kFriendHereRole, here.isEmpty() ? QVariant() : QVariant(true));
     item->setToolTip(note);
     item->setData(Qt::AccessibleDescriptionRole, note);
 }
 
 void MainWindow::markFriends()
 {
-    if (!friends_.isEmpty()) {
-        const int size = serverList_->fontMetrics().height();
-        serverList_->setIconSize(QSize(size, size));
-    }
     QList<Friends::Sighting> seen;
     for (int row = 0; row < serverList_->count(); ++row) {
         QListWidgetItem *item = serverList_->item(row);
         if (friends_.isEmpty()) {
-            if (item->icon().isNull())
+            if (item->toolTip().isEmpty())
                 continue;  // never marked: the row stays as designed
-            item->setIcon(QIcon());
+            item->setData(kFriendHereRole, QVariant());
             item->setToolTip(QString());
             item->setData(Qt::AccessibleDescriptionRole, QVariant());
         } else {
@@ -188,13 +216,8 @@ void MainWindow::markFriends()
         for (const QString &player : PlayerNames::friendsAmong(facts.playerNames, friends_))
             seen.append({player, facts.target, facts.name});
     }
-    friendsOnlineLabel_->setVisible(!friends_.isEmpty());
-    const QString count = seen.size() == 1 ? u"1 friend online"_s : u"%1 friends online"_s.arg(seen.size());
-    if (friendsOnlineLabel_->text() != count) {
-        friendsOnlineLabel_->setText(count);
-        QAccessibleEvent changed(friendsOnlineLabel_, QAccessible::NameChanged);
-        QAccessible::updateAccessibility(&changed);
-    }
+    seen = Friends::distinct(seen);
+    showFriendsOnline(static_cast<int>(seen.size()));
     if (watchRun_ && tray_ && !isVisible()) {
         QStringList lines;
         for (const Friends::Sighting &s : Friends::joined(sightings_, seen))
@@ -203,6 +226,13 @@ void MainWindow::markFriends()
             tray_->notify(AppTitle, lines.join(u'\n'));
     }
     sightings_ = seen;
+}
+
+void MainWindow::showFriendsOnline(int count)
+{
+    friendsOnlineLabel_->setVisible(!friends_.isEmpty());
+    // QLabel::setText tells screen readers of the new name itself (NameChanged).
+    friendsOnlineLabel_->setText(count == 1 ? u"1 friend online"_s : u"%1 friends online"_s.arg(count));
 }
 
 // The list count shows the web list's size as designed; while a filter or the

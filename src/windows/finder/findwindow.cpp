@@ -1,9 +1,11 @@
 #include "finder/findwindow.h"
 
+#include <QAccessible>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFormLayout>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -35,8 +37,9 @@ FindWindow::FindWindow(QWidget *parent) : QWidget(parent, Qt::Window)
 
     playerSearchEdit_ = named(new QLineEdit, "playerSearchEdit_");
     playerSearchEdit_->setClearButtonEnabled(true);
-    playerSearchEdit_->setToolTip(u"Show only the servers where a player's name contains this text "
-                                  "(capitals, colours and symbols like * or [ are matched as typed)"_s);
+    playerSearchEdit_->setToolTip(u"Show only the servers where a player's name contains this text. Capitals "
+                                  "and the game's coloured letters do not count; symbols like * or [ are plain "
+                                  "text"_s);
     playerSearchLabel_ = caption(u"&Player name:"_s, playerSearchEdit_, "playerSearchLabel_");
 
     hideEmptyCheck_ = named(new QCheckBox(u"Hide &empty servers"_s), "hideEmptyCheck_");
@@ -46,8 +49,8 @@ FindWindow::FindWindow(QWidget *parent) : QWidget(parent, Qt::Window)
 
     versionBox_ = named(new QComboBox, "versionBox_");
     versionBox_->addItem(u"any"_s, QString());
-    for (const char *v : {"3.20", "3.19", "3.17", "3.15", "3.14", "unkn"})
-        versionBox_->addItem(QLatin1String(v), QLatin1String(v));
+    for (const QString &v : ServerFilter::kVersions)
+        versionBox_->addItem(v, v);
     versionBox_->setToolTip(u"Show only servers of this game version"_s);
     versionLabel_ = caption(u"&Version:"_s, versionBox_, "versionLabel_");
 
@@ -57,29 +60,33 @@ FindWindow::FindWindow(QWidget *parent) : QWidget(parent, Qt::Window)
     mapLabel_ = caption(u"&Map contains:"_s, mapEdit_, "mapLabel_");
 
     maxPingBox_ = named(new QSpinBox, "maxPingBox_");
-    maxPingBox_->setRange(-1, 9999);
+    maxPingBox_->setRange(-1, ServerFilter::kMaxPing);
     maxPingBox_->setSpecialValueText(u"any"_s);
     maxPingBox_->setSuffix(u" ms"_s);
     maxPingBox_->setToolTip(u"Show only servers pinging at most this many milliseconds"_s);
     maxPingLabel_ = caption(u"Ping at m&ost:"_s, maxPingBox_, "maxPingLabel_");
 
     shownLabel_ = named(new QLabel, "shownLabel_");
-    playersHintLabel_ = named(new QLabel(u"The last refresh did not ask the servers for their players: press "
+    playersHintLabel_ = named(new QLabel(u"The last refresh did not ask the servers for their players:\npress "
                                          "Refresh List or Fav Refresh to search them."_s),
                               "playersHintLabel_");
-    playersHintLabel_->setWordWrap(true);
+    // Its room is kept while it is hidden, so that the fields never move or shrink
+    // when it comes and goes.
+    QSizePolicy keepRoom = playersHintLabel_->sizePolicy();
+    keepRoom.setRetainSizeWhenHidden(true);
+    playersHintLabel_->setSizePolicy(keepRoom);
     playersHintLabel_->hide();
 
     friendsButton_ = named(new QPushButton(u"&Friends..."_s), "friendsButton_");
     friendsButton_->setToolTip(u"Edit the names of your friends: rows where one plays are marked"_s);
-    watchCheck_ = named(new QCheckBox(u"While iconized, Fav Refresh e&very"_s), "watchCheck_");
+    watchCheck_ = named(new QCheckBox(u"&While iconized, Fav Refresh every"_s), "watchCheck_");
     watchCheck_->setToolTip(u"Refresh the favorites now and then while the window is hidden, and tell when a "
                             "friend joins one of them"_s);
     watchSecondsBox_ = named(new QSpinBox, "watchSecondsBox_");
     watchSecondsBox_->setRange(FinderSettings::kMinWatchSeconds, FinderSettings::kMaxWatchSeconds);
     watchSecondsBox_->setSuffix(u" s"_s);
     watchSecondsBox_->setAccessibleName(u"Seconds between two Fav Refreshes while iconized"_s);
-    closeButton_ = named(new QPushButton(u"Close"_s), "closeButton_");
+    closeButton_ = named(new QPushButton(u"&Close"_s), "closeButton_");
 
     auto *form = new QFormLayout;
     form->addRow(playerSearchLabel_, playerSearchEdit_);
@@ -95,6 +102,7 @@ FindWindow::FindWindow(QWidget *parent) : QWidget(parent, Qt::Window)
     buttons->addStretch();
     buttons->addWidget(closeButton_);
     auto *column = new QVBoxLayout(this);
+    column->setSizeConstraint(QLayout::SetMinimumSize);  // never smaller than its fields
     column->addLayout(form);
     for (QWidget *w : std::initializer_list<QWidget *>{hideEmptyCheck_, hideFullCheck_, hideBotsCheck_, shownLabel_,
                                                        playersHintLabel_})
@@ -150,6 +158,25 @@ FinderSettings FindWindow::settings() const
 
 void FindWindow::showCounts(int shown, int total, bool playersAsked)
 {
-    shownLabel_->setText(u"Showing %1 of %2 servers"_s.arg(shown).arg(total));
-    playersHintLabel_->setVisible(!playersAsked && settings().filter.needsPlayers() && total > 0);
+    // Rows, as the main window's list count counts them: a favorite the list
+    // names too is two rows. QLabel::setText sends the accessibility event
+    // (NameChanged) that lets a screen reader hear the new count; the hint's text
+    // never changes, so its coming is sent as a change of its name.
+    shownLabel_->setText(u"Showing %1 of %2 rows"_s.arg(shown).arg(total));
+    const bool hint = !playersAsked && settings().filter.needsPlayers() && total > 0;
+    if (hint == playersHintLabel_->isHidden()) {
+        playersHintLabel_->setVisible(hint);
+        if (hint) {
+            QAccessibleEvent said(playersHintLabel_, QAccessible::NameChanged);
+            QAccessible::updateAccessibility(&said);
+        }
+    }
+}
+
+void FindWindow::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Escape && event->modifiers() == Qt::NoModifier)
+        close();  // as a dialog's Escape
+    else
+        QWidget::keyPressEvent(event);
 }

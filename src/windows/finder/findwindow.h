@@ -21,8 +21,11 @@ public:
     void setSettings(const FinderSettings &settings);
     // The settings as the controls show them; the search text is filter.playerText.
     FinderSettings settings() const;
-    // "Showing N of M servers", and whether the players were asked for.
+    // "Showing N of M rows", and whether the players were asked for.
     void showCounts(int shown, int total, bool playersAsked);
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;  // Escape closes
 
 signals:
     void changed();

@@ -6,6 +6,7 @@
 #include "shell/seams.h"
 
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -32,7 +33,7 @@ FriendsDialog::FriendsDialog(const QStringList &friends, bool replaceAsked, QWid
     saveButton_ = new QPushButton(u"&Save"_s, this);
     saveButton_->setObjectName(u"saveButton_"_s);
     saveButton_->setDefault(true);
-    cancelButton_ = new QPushButton(u"Cancel"_s, this);
+    cancelButton_ = new QPushButton(u"&Cancel"_s, this);
     cancelButton_->setObjectName(u"cancelButton_"_s);
 
     auto *buttons = new QHBoxLayout;
@@ -45,6 +46,14 @@ FriendsDialog::FriendsDialog(const QStringList &friends, bool replaceAsked, QWid
     column->addLayout(buttons);
     connect(saveButton_, &QPushButton::clicked, this, &FriendsDialog::save);
     connect(cancelButton_, &QPushButton::clicked, this, &QWidget::close);
+}
+
+void FriendsDialog::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Escape && event->modifiers() == Qt::NoModifier)
+        close();  // Cancel
+    else
+        QWidget::keyPressEvent(event);
 }
 
 void FriendsDialog::save()

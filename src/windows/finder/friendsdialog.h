@@ -18,6 +18,9 @@ public:
 signals:
     void friendsSaved(const QStringList &friends);
 
+protected:
+    void keyPressEvent(QKeyEvent *event) override;  // Escape cancels
+
 private:
     void save();
 

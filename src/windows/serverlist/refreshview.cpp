@@ -19,6 +19,8 @@ void MainWindow::connectSession()
         logList_->clear();
         listCountText_ = u"0"_s;
         showListCount();
+        if (!friends_.isEmpty())
+            showFriendsOnline(0);  // the rows are gone, and with them the friends seen
     });
     connect(session_, &RefreshSession::statusChanged, this, &MainWindow::setStatus);
     connect(session_, &RefreshSession::listCountChanged, this,

@@ -119,6 +119,11 @@ private:
     void markFriendsOf(QListWidgetItem *item, const ServerFacts &facts);
     // Every row's friend mark, "n friends online", and the watch's notification.
     void markFriends();
+    void showFriendsOnline(int count);  // "n friends online", shown while there are friends
+    // Iconize takes the Find window and its Friends editor along, and the restore
+    // brings back those that showed.
+    void hideFinderWindows();
+    void showFinderWindows();
     void showListCount();
     void updateWatch();
     void watchTick();
@@ -151,6 +156,7 @@ private:
     bool watchRun_ = false;        // the Fav Refresh under way is the friends watch's
     QList<Friends::Sighting> sightings_;  // friends seen by the last refresh
     QPointer<FindWindow> findWindow_;
+    QList<QPointer<QWidget>> finderWindowsHidden_;  // by Iconize, shown again by the restore
     Ticker *friendsWatchTicker_;
 
     // Controls.

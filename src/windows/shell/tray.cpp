@@ -28,8 +28,10 @@ void MainWindow::iconize()
     const QIcon icon = windowIcon().isNull() ? PulseboxIcon() : windowIcon();
     // The icon first: the window is hidden only once there is a way back to it.
     tray_->add(icon, TrayTip());
-    if (tray_->isShown())
+    if (tray_->isShown()) {
         hide();
+        hideFinderWindows();
+    }
     updateWatch();
 }
 
@@ -63,6 +65,7 @@ void MainWindow::onTrayEvent(int number)
         show();
         raise();
         activateWindow();
+        showFinderWindows();
         if (tray_)
             tray_->remove();
         updateWatch();
