@@ -180,10 +180,12 @@ void MainWindow::presentRow(int row)
 {
     QListWidgetItem *item = serverList_->item(row);
     const ServerFacts &facts = session_->facts(serverList_->rowData(row));
-    if (finder_.filter.isOn())
-        item->setHidden(!finder_.filter.accepts(facts, foldedSearch_));
     if (!friends_.isEmpty())
         markFriendsOf(item, facts);
+    if (finder_.filter.isOn()) {
+        item->setHidden(!finder_.filter.accepts(facts, foldedSearch_));
+        showListCount();  // "shown of total" grows with the rows, as the plain count does
+    }
 }
 
 void MainWindow::markFriendsOf(QListWidgetItem *item, const ServerFacts &facts)
