@@ -42,9 +42,9 @@ private slots:
         TestEnvironment env;
         GameQueryChannel channel(env.prompts);
         struct Case { const char *address, *protocol, *version; int queries; };
-        for (const Case &c : {Case{"127.0.10.1", "31", "3.14", 1}, Case{"127.0.10.2", "33", "3.17", 3},
-                              Case{"127.0.10.3", "34", "3.19", 4}, Case{"127.0.10.4", "none", "3.20", 4},
-                              Case{"127.0.10.5", "32", "3.15", 2}}) {
+        // Every protocol's step: tst_refreshdecisions; here the first, the last and a refuser on the wire.
+        for (const Case &c : {Case{"127.0.10.1", "31", "3.14", 1}, Case{"127.0.10.3", "34", "3.19", 4},
+                              Case{"127.0.10.4", "none", "3.20", 4}}) {
             const auto server = fake(c.address, c.protocol);
             QVERIFY(server);
             const auto result = channel.versionProbe(QString::fromLatin1(c.address), QStringLiteral("27910"));
