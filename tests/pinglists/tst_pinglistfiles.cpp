@@ -146,9 +146,8 @@ private slots:
         QVERIFY(f.messages()[0].startsWith(u"Could not save old.Pbx"_s));
     }
 
-    // Before any refresh: 35 bytes, which a load refuses as damaged. A refusal shows the
-    // reader's message (tst_pinglist has them all), opens no matcher and leaves the data
-    // as the reader says.
+    // Before any refresh: 35 bytes, which a load refuses as damaged. A refusal shows the reader's
+    // message (all of them: failuresAndTheStateTheyLeave), opens no matcher, leaves the data as read.
     void emptyTableAndLoadFailures()
     {
         Files f;
