@@ -13,7 +13,6 @@
 #include <QAction>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMenu>
 #include <QPushButton>
 #include <QThread>
 #include <QTimer>
@@ -69,14 +68,11 @@ struct Hops {
             counts << window->servers().Servers[static_cast<size_t>(k)].Hops;
         return counts;
     }
+    // The run is over and the idle controls are back (every control: tst_controlstates).
     void verifyRestored() const
     {
         QCOMPARE(status(), u"Done..."_s);
-        QVERIFY(!button("cancelButton_")->isEnabled() && !button("serverInfoButton_")->isEnabled());
-        for (const char *name : {"refreshButton_", "countHopsButton_", "ttlEdit_", "pingLimitEdit_"})
-            QVERIFY2(window->findChild<QWidget *>(QLatin1String(name))->isEnabled(), name);
-        QVERIFY(window->findChild<QMenu *>(u"pingMenu_"_s)->menuAction()->isEnabled());
-        QVERIFY(window->findChild<QWidget *>(u"progressBar_"_s)->isHidden());
+        QVERIFY(!button("cancelButton_")->isEnabled() && button("countHopsButton_")->isEnabled());
         QVERIFY(window->activity().isIdle());
     }
 };
@@ -107,7 +103,6 @@ private slots:
         const QString a = u"127.0.60.1"_s, b = u"127.0.60.2"_s;
         QCOMPARE(h.env.echo.sent, (QList<QPair<QString, int>>{{a, 1}, {b, 1}, {b, 2}, {b, 3}, {b, 4}}));
         QCOMPARE(QStringList({h.hopColumn(0), h.hopColumn(1)}), QStringList({u" -   1 "_s, u" -   4 "_s}));
-        QVERIFY(h.list->rowText(0).endsWith(u" 0/ 8"_s));
         QCOMPARE(h.hops(), (QList<qint32>{1, 4}));
         QCOMPARE(h.window->findChild<QLineEdit *>(u"serverAddressEdit_"_s)->text(), b);
         QVERIFY(h.window->findChild<QWidget *>(u"hopsHeader_"_s)->isVisible());
@@ -233,10 +228,8 @@ private slots:
         QCOMPARE(QStringList({h.hopColumn(0), h.hopColumn(1), h.hopColumn(2)}), QStringList({u" -   1 "_s, u" -   2 "_s, u" -   1 "_s}));
     }
 
-    // Cancel ends the run after the server being traced, whose count is kept.
-    // While Count Hops runs only Cancel, Fav Refresh, Add to Favorites and Fast Refresh
-    // stay usable; a Fav Refresh pressed then leaves Count Hops cancellable and the
-    // window still refusing to close.
+    // A Fav Refresh pressed while Count Hops runs leaves Count Hops cancellable and
+    // the window still refusing to close (the controls' rule: tst_controlstates).
     void favRefreshInsideCountHops()
     {
         Hops h;
@@ -248,12 +241,9 @@ private slots:
             if (h.env.echo.sent.size() != 2)
                 return;
             QTimer::singleShot(0, [&h, &checked] {
-                QVERIFY(h.button("cancelButton_")->isEnabled() && h.button("favRefreshButton_")->isEnabled());
-                QVERIFY(!h.button("refreshButton_")->isEnabled() && !h.button("countHopsButton_")->isEnabled());
-                QVERIFY(!h.ttl->isEnabled());
+                QVERIFY(h.button("favRefreshButton_")->isEnabled() && !h.button("refreshButton_")->isEnabled());
                 QTest::mouseClick(h.button("favRefreshButton_"), Qt::LeftButton);  // no favorites: ends at once
-                QVERIFY(h.button("cancelButton_")->isEnabled() && !h.button("countHopsButton_")->isEnabled());
-                QVERIFY(!h.window->close());
+                QVERIFY(h.button("cancelButton_")->isEnabled() && !h.window->close());
                 QVERIFY(h.window->windowTitle().endsWith(u"CAN'T CLOSE BEFORE CANCEL!"_s));
                 h.button("cancelButton_")->click();
                 checked = true;

@@ -55,11 +55,7 @@ private slots:
         QCOMPARE(events.data, (QStringList{QStringLiteral("line1"), QStringLiteral("line2\r"), QString(), QStringLiteral("last")}));
         QCOMPARE(socket.State(), int(DsSocket::StateClosed));
 
-        socket.RemoteHost = QStringLiteral("127.0.0.1:notaport");
-        QVERIFY(!socket.Connect());
-        QCOMPARE(socket.LastError, 10049);
-        QCOMPARE(socket.State(), int(DsSocket::StateFailed));
-        socket.RemoteHost.clear();
+        socket.RemoteHost.clear();  // a port that is no number: tst_listsource webListFailures (10049)
         QVERIFY(!socket.Connect());
     }
 

@@ -42,9 +42,9 @@ private slots:
         TestEnvironment env;
         GameQueryChannel channel(env.prompts);
         struct Case { const char *address, *protocol, *version; int queries; };
-        for (const Case &c : {Case{"127.0.10.1", "31", "3.14", 1}, Case{"127.0.10.2", "33", "3.17", 3},
-                              Case{"127.0.10.3", "34", "3.19", 4}, Case{"127.0.10.4", "none", "3.20", 4},
-                              Case{"127.0.10.5", "32", "3.15", 2}}) {
+        // Every protocol's step: tst_refreshdecisions; here the first, the last and a refuser on the wire.
+        for (const Case &c : {Case{"127.0.10.1", "31", "3.14", 1}, Case{"127.0.10.3", "34", "3.19", 4},
+                              Case{"127.0.10.4", "none", "3.20", 4}}) {
             const auto server = fake(c.address, c.protocol);
             QVERIFY(server);
             const auto result = channel.versionProbe(QString::fromLatin1(c.address), QStringLiteral("27910"));
@@ -135,15 +135,10 @@ private slots:
             QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(list->item(row)).center());
         };
         QVERIFY(!serverInfo->isEnabled());
-        list->addRow(QStringLiteral("000 - a row without a record"));
-        clickRow(0);
-        QTest::mouseClick(serverInfo, Qt::LeftButton);
-        QCOMPARE(env.prompts.texts(), QStringList{QStringLiteral("Pick a server from the list first.")});
-
         const auto server = fake("127.0.10.11", "34");
         QVERIFY(server);
         const int index = addListedServer(*w, "127.0.10.11", 27910);
-        clickRow(1);
+        clickRow(0);
         QVERIFY(serverInfo->isEnabled());  // a click on a row enables it when no run is going
         w->move(0, 0);  // Server Info opens in the middle of the screen, not of the main window
         QTest::mouseClick(serverInfo, Qt::LeftButton);
@@ -164,7 +159,7 @@ private slots:
         w->servers().Servers[static_cast<size_t>(index)].Address = DottedToAddress(QStringLiteral("127.0.10.12"));
         QTest::mouseClick(serverInfo, Qt::LeftButton);
         QVERIFY(!w->findChild<ServerInfoWindow *>(QStringLiteral("ServerInfoWindow")));
-        QCOMPARE(env.prompts.shown.size(), 1);
+        QVERIFY(env.prompts.shown.isEmpty());
     }
 };
 

@@ -251,28 +251,6 @@ private slots:
         }
     }
 
-    // The demo network answers a standard request as today's list servers do, and
-    // the list request as it always did.
-    void demoServesStandardLists()
-    {
-        Demo::Network network;
-        QVERIFY(startDemo(network, {}, {QStringLiteral("127.0.22.1"), QString(), QStringLiteral("localhost:27920"),
-                                        QStringLiteral("127.0.22.2:27911")}));
-        ListSource source;
-        Run run(source);
-        for (const bool binary : {false, true}) {
-            QVERIFY(run.fetch(network.standardListUrl(binary)));
-            QCOMPARE(source.kind(), ListSource::Kind::HttpList);
-            QCOMPARE(source.entries(), binary ? (QStringList{QStringLiteral("127.0.22.1:27910"), QStringLiteral("127.0.22.2:27911")})
-                                              : (QStringList{QStringLiteral("127.0.22.1"), QStringLiteral("localhost:27920"),
-                                                             QStringLiteral("127.0.22.2:27911")}));
-            QVERIFY(network.lastRequest.startsWith(binary ? "GET /?raw=2 HTTP/1.1\r\n" : "GET /?raw=1 HTTP/1.1\r\n"));
-        }
-        QVERIFY(run.fetch(network.listUrl()));
-        QCOMPARE(source.kind(), ListSource::Kind::WebList);
-        QCOMPARE(source.entries().size(), 4);
-    }
-
     // HTTPS: a certificate nobody vouches for fails in one sentence; the same
     // server's throw-away certificate, trusted for this test only, lists.
     void secureWebServer()

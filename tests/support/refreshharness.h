@@ -43,10 +43,7 @@ struct RefreshHarness {
             shown.count = QStringLiteral("0");
             progress.clear();
         });
-        QObject::connect(&session, &RefreshSession::statusChanged, [this](const QString &s) {
-            shown.status = s;
-            statuses << s;
-        });
+        QObject::connect(&session, &RefreshSession::statusChanged, [this](const QString &s) { shown.status = s; });
         QObject::connect(&session, &RefreshSession::listCountChanged,
                          [this](int n) { shown.count = QString::number(n); });
         QObject::connect(&session, &RefreshSession::addressProbed, [this](const QString &a) { shown.address = a; });
@@ -97,6 +94,5 @@ struct RefreshHarness {
     RefreshRequest request;
     RefreshOutcome shown;
     QList<QPair<QString, qint32>> rows;  // row text and record index, sorted after the run
-    QStringList statuses;
     QList<QPair<int, int>> progress;     // (0, 0) when the probing began, then done/total
 };

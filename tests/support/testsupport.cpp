@@ -151,14 +151,6 @@ void trigger(MainWindow &window, const char *actionName)
 {
     window.findChild<QAction *>(QLatin1String(actionName))->trigger();
 }
-
-QStringList favoriteAddresses(const MainWindow &window)
-{
-    QStringList addresses;
-    for (const Favorite &favorite : window.favorites())
-        addresses << favorite.address;
-    return addresses;
-}
 }
 
 std::unique_ptr<MainWindow> newMainWindow()

@@ -102,5 +102,4 @@ void offerListCommands(MainWindow &window);
 void doubleClickRow(MainWindow &window, int row);
 void addToFavorites(MainWindow &window, int row);  // selects the row, clicks Add to Favorites
 void trigger(MainWindow &window, const char *actionName);
-QStringList favoriteAddresses(const MainWindow &window);
 }
