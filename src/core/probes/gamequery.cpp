@@ -93,6 +93,8 @@ QString infoLine(const QString &answer)
     return PrintableText(answer.mid(lf + 1));
 }
 
+bool gaveInfo(const QString &line) { return line != infoLine(QString()); }
+
 QString serverInfoText(const QString &answer)
 {
     const StatusAnswer status = StatusAnswer::parse(answer);

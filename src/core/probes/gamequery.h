@@ -20,6 +20,9 @@ bool isAck(const QString &answer);
 // The info line of an info answer: "No data returned" when empty, "Malformed data
 // returned" without a line feed, else the printable text after the first line feed.
 QString infoLine(const QString &answer);
+// The server gave an info line (its version probe heard something): infoLine is
+// not "No data returned". Only such a server is asked for its players.
+bool gaveInfo(const QString &infoLine);
 // The serial version probe's step: the next QueryMode after `answer` came for
 // `mode`, or 0 when the probe ends there (any answer but "wrong version", or
 // the fifth round, which sends nothing).

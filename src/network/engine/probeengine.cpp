@@ -497,7 +497,7 @@ void ProbeEngine::accept(int index)
     r.hostName = a.hostName;
     r.map = a.map;
     r.players = a.players;
-    r.answered = r.infoLine != GameQuery::infoLine(QString());
+    r.answered = GameQuery::gaveInfo(r.infoLine);
     if (settings_.status && r.answered && s.port != 0)
         return beginQuery(index, GameQuery::StatusMode);
     releaseKey(index);

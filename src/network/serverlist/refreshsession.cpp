@@ -182,8 +182,7 @@ void RefreshSession::probeSerial(const RefreshRequest &request, const QString &e
     logLine(Probe::TimeLine(address, ping, request.ttlText, favorite));
     const Probe::Accepted accepted =
         Probe::Accept(address, server.port, ping, probe.version, probe.infoLine, favorite);
-    // Only a server that gave its info line is asked for its players.
-    const bool answered = probe.infoLine != GameQuery::infoLine(QString());
+    const bool answered = GameQuery::gaveInfo(probe.infoLine);
     const QString status =
         request.players && answered ? queries_.query(address, server.port, GameQuery::StatusMode) : QString();
     const qint32 index = table_.appendServer(accepted.record);
