@@ -11,14 +11,6 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-ServerFacts factsOf(const ProbeResult &r)
-{
-    return ServerFacts::of(r.address + u':' + r.portText, r.answered, r.hostName, r.version, r.map, r.players, r.ping,
-                           r.statusAnswer);
-}
-}
-
 void FinderOptions::addTo(QCommandLineParser &parser)
 {
     parser.addOptions({
@@ -92,7 +84,7 @@ bool FinderOptions::keeps(const ProbeResult &result) const
 {
     // A server without a row (no ping, or over the limit) never passes a filter;
     // the rest are judged as the window judges its rows.
-    return !filter.isOn() || (result.accepted && filter.accepts(factsOf(result)));
+    return !filter.isOn() || (result.accepted && filter.accepts(result.facts()));
 }
 
 void FinderOptions::mark(const ProbeResult &result, QJsonObject *object) const
@@ -100,7 +92,7 @@ void FinderOptions::mark(const ProbeResult &result, QJsonObject *object) const
     if (!withFriends)
         return;
     QJsonArray names;
-    for (const QString &name : PlayerNames::friendsAmong(factsOf(result).playerNames, friends))
+    for (const QString &name : PlayerNames::friendsAmong(result.facts().playerNames, friends))
         names.append(name);
     (*object)[u"friends"_s] = names;
 }

@@ -17,6 +17,11 @@
 
 using namespace Qt::StringLiterals;
 
+ServerFacts ProbeResult::facts() const
+{
+    return ServerFacts::of(address + u':' + portText, answered, hostName, version, map, players, ping, statusAnswer);
+}
+
 struct ProbeEngine::Server {
     enum class Phase { Pending, Resolving, Pinging, WaitingForKey, Querying, Done };
     Phase phase = Phase::Pending;

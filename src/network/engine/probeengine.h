@@ -1,5 +1,6 @@
 #pragma once
 #include "engine/echobatch.h"
+#include "finder/serverfilter.h"
 #include "probes/timeouts.h"
 #include "shell/serverrow.h"
 
@@ -91,6 +92,10 @@ struct ProbeResult {
     QString infoLine;          // as the version probe gives it
     QString hostName, map, players;  // fields of the info line
     QString statusAnswer;      // the raw "status" answer (settings.status), empty when none
+
+    // What the filters and the player search look at: the window's rows and
+    // pulsebox-query judge a result by the same facts.
+    ServerFacts facts() const;
 };
 
 class ProbeEngine : public QObject {

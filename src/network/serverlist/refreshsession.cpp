@@ -262,8 +262,7 @@ void RefreshSession::probeFast(const RefreshRequest &request, const QStringList 
         }
         if (r.accepted) {
             const qint32 index = table_.appendServer(r.record);
-            keepFacts(index, ServerFacts::of(r.address + u':' + r.portText, r.answered, r.hostName, r.version, r.map,
-                                             r.players, r.ping, r.statusAnswer));
+            keepFacts(index, r.facts());
             emit rowAccepted(r.row, index);
         }
     }
