@@ -1,4 +1,6 @@
 #pragma once
+#include <QObject>
+
 #include <functional>
 
 // The program's only way of waiting: it sleeps until the next event arrives
@@ -14,3 +16,17 @@ void yieldOnce();
 // on the stack unwinds instead of holding the exit up.
 void abandonWaits(bool abandon = true);
 bool waitsAbandoned();
+
+// Starts a job of the event loop (the probe engine, the hop finder: start(input),
+// a finished signal, cancel()) and waits until it finishes or `stopped` says so;
+// whatever is still running then is cancelled. The job's results stay to be read.
+template <typename Job, typename Input>
+void runUntilFinished(Job &job, const Input &input, const std::function<bool()> &stopped)
+{
+    bool finished = false;
+    const QMetaObject::Connection done = QObject::connect(&job, &Job::finished, [&finished] { finished = true; });
+    job.start(input);
+    waitUntil([&] { return finished || stopped(); });
+    job.cancel();
+    QObject::disconnect(done);
+}

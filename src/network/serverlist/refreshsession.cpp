@@ -234,12 +234,8 @@ void RefreshSession::probeFast(const RefreshRequest &request, const QStringList 
         engine.setEchoBatch(service.get());
     }
     engine.setSettings(settings);
-    bool finished = false;
     connect(&engine, &ProbeEngine::progress, this, &RefreshSession::progressChanged);
-    connect(&engine, &ProbeEngine::finished, this, [&finished] { finished = true; });
-    engine.start(entries);
-    waitUntil([&] { return finished || cancelRequested_; });
-    engine.cancel();
+    runUntilFinished(engine, entries, [this] { return cancelRequested_; });
 
     if (!engine.rttNotice().isEmpty())
         logLine(engine.rttNotice());

@@ -415,11 +415,7 @@ void PingMatcherDialog::pingAllAtOnce()
     settings.echoTimeoutMs = kPingTimeoutMs;
     settings.pingOnly = true;
     engine.setSettings(settings);
-    bool pinged = false;
-    connect(&engine, &ProbeEngine::finished, this, [&pinged] { pinged = true; });
-    engine.start(entries);
-    waitUntil([&] { return pinged || stopped(); });
-    engine.cancel();
+    runUntilFinished(engine, entries, stopped);
     const QList<ProbeResult> pings = engine.results();
 
     QList<qint32> destinations;
@@ -430,11 +426,7 @@ void PingMatcherDialog::pingAllAtOnce()
     finder.setEchoBatch(echoes.get());
     if (!destinations.isEmpty() && !stopped()) {
         statusLabel_->setText(u"Counting Hops"_s);
-        bool counted = false;
-        connect(&finder, &HopFinder::finished, this, [&counted] { counted = true; });
-        finder.start(destinations);
-        waitUntil([&] { return counted || stopped(); });
-        finder.cancel();
+        runUntilFinished(finder, destinations, stopped);
     }
     qsizetype traced = 0;
     for (qint32 s = 1; s <= pings.size(); ++s) {

@@ -109,12 +109,8 @@ void MainWindow::countHopsAtOnce(const std::function<bool()> &stop)
     HopFinder finder;
     finder.setEchoBatch(echoes.get());
     finder.setPacing(pacing);
-    bool finished = false;
     connect(&finder, &HopFinder::progress, this, &MainWindow::showProgress);
-    connect(&finder, &HopFinder::finished, this, [&finished] { finished = true; });
-    finder.start(destinations);
-    waitUntil([&] { return finished || stop(); });
-    finder.cancel();
+    runUntilFinished(finder, destinations, stop);
 
     // Rows a handler changed meanwhile (another list) keep what they show.
     const QList<HopResult> &results = finder.results();
