@@ -21,6 +21,7 @@
 #include <QLabel>
 #include <QPainter>
 #include <QStyledItemDelegate>
+#include <QTimer>
 
 using namespace Qt::StringLiterals;
 
@@ -69,6 +70,9 @@ void MainWindow::buildFinder(QWidget *client)
                                           Twips::rect(4440, 540, 3000, 255));
     friendsOnlineLabel_->hide();
     serverList_->setItemDelegate(new FriendMarkDelegate(serverList_));
+    listCountLater_ = new QTimer(this);
+    listCountLater_->setSingleShot(true);
+    connect(listCountLater_, &QTimer::timeout, this, &MainWindow::showListCount);
     friendsWatchTicker_ = new Ticker(this);
     friendsWatchTicker_->setObjectName(u"friendsWatchTicker_"_s);
     findAction_->setShortcut(QKeySequence::Find);
@@ -184,7 +188,9 @@ void MainWindow::presentRow(int row)
         markFriendsOf(item, facts);
     if (finder_.filter.isOn()) {
         item->setHidden(!finder_.filter.accepts(facts, foldedSearch_));
-        showListCount();  // "shown of total" grows with the rows, as the plain count does
+        // "Shown of total" grows with the rows, as the plain count does: counted once
+        // the rows that came together are in, not once a row (a count reads every row).
+        listCountLater_->start();
     }
 }
 

@@ -13,6 +13,7 @@
 
 class QAction;
 class QActionGroup;
+class QTimer;
 class QComboBox;
 class QFrame;
 class QLabel;
@@ -158,6 +159,7 @@ private:
     QPointer<FindWindow> findWindow_;
     QList<QPointer<QWidget>> finderWindowsHidden_;  // by Iconize, shown again by the restore
     Ticker *friendsWatchTicker_;
+    QTimer *listCountLater_;       // coalesces the list count's updates while rows come
 
     // Controls.
     QLabel *serverAddressLabel_, *listLocationLabel_, *pingLimitLabel_, *ttlLabel_;
