@@ -174,12 +174,13 @@ QJsonObject jsonOf(const ProbeResult &r, bool withStatus)
 }
 
 namespace {
-// --hops: the hop count and the route of every answering server, all at once.
-QHash<QString, HopResult> countHops(const QList<ProbeResult> &results)
+// --hops: the hop count and the route of every answering server the filters keep,
+// all at once.
+QHash<QString, HopResult> countHops(const QList<ProbeResult> &results, const FinderOptions &filters)
 {
     QList<qint32> destinations;
     for (const ProbeResult &r : results)
-        if (r.answered)
+        if (r.answered && filters.keeps(r))
             destinations.append(DottedToAddress(r.address));
     HopFinder finder;
     QEventLoop loop;
@@ -352,7 +353,7 @@ int run()
 
     const QList<ProbeResult> &results = engine.results();
     const bool withHops = parser.isSet(u"hops"_s);
-    const QHash<QString, HopResult> hops = withHops ? countHops(results) : QHash<QString, HopResult>();
+    const QHash<QString, HopResult> hops = withHops ? countHops(results, finder) : QHash<QString, HopResult>();
     QTextStream out(stdout);
     qsizetype kept = 0;
     if (parser.isSet(u"json"_s)) {
