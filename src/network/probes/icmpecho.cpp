@@ -17,7 +17,6 @@
 #include <algorithm>
 
 namespace {
-
 int clampTtl(int ttl) { return std::clamp(ttl, 1, 255); }
 
 // One recvmsg into the caller's buffers; msg keeps pointing at them for the
@@ -35,7 +34,6 @@ ssize_t receiveMessage(int fd, int flags, char *data, size_t dataSize, char *con
     msg->msg_controllen = controlSize;
     return ::recvmsg(fd, msg, flags);
 }
-
 }
 
 LinuxIcmpEcho::~LinuxIcmpEcho()
